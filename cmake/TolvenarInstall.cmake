@@ -1,0 +1,16 @@
+# cmake --install: the shared library, the public headers, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS tolvenar EXPORT tolvenar
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tolvenar DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(EXPORT tolvenar NAMESPACE tolvenar:: FILE tolvenar-targets.cmake DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tolvenar)
+
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tolvenar-config.cmake.in ${PROJECT_BINARY_DIR}/tolvenar-config.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tolvenar)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/tolvenar-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/tolvenar-config.cmake ${PROJECT_BINARY_DIR}/tolvenar-config-version.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tolvenar)
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/tolvenar.pc.in ${PROJECT_BINARY_DIR}/tolvenar.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tolvenar.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,10 @@
+# Compiler options of everything in the project: warnings are errors, and the sanitizers when asked for.
+add_library(tolvenar_options INTERFACE)
+target_compile_options(tolvenar_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_compile_features(tolvenar_options INTERFACE cxx_std_20)
+
+if(TOLVENAR_SANITIZE)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(tolvenar_options INTERFACE ${sanitizers})
+  target_link_options(tolvenar_options INTERFACE ${sanitizers})
+endif()

@@ -1,0 +1,104 @@
+// Workbook records: types, field offsets and sizes, named once. Offsets count from the record's first byte; integers are
+// little-endian; rows and columns are 0-based.
+//
+// Records are recognised by the low byte of their type (the plain test of record_stream.h), so a type has a kLow... name; a full
+// kType... is there only for records that this library writes.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/record_stream.h"
+
+namespace tolvenar {
+
+// The BIFF generations, as BiffVersion holds them.
+constexpr int32_t kBiff5 = 5;
+constexpr int32_t kBiff8 = 6;
+
+// Low bytes of the types.
+constexpr uint8_t kLowDimensions = 0x00;
+constexpr uint8_t kLowBlank = 0x01;
+constexpr uint8_t kLowNumber = 0x03;
+constexpr uint8_t kLowLabel = 0x04;
+constexpr uint8_t kLowBoolErr = 0x05;
+constexpr uint8_t kLowFormula = 0x06;
+constexpr uint8_t kLowString = 0x07;
+constexpr uint8_t kLowRow = 0x08;
+constexpr uint8_t kLowBof = 0x09;
+constexpr uint8_t kLowEof = 0x0A;
+constexpr uint8_t kLowIndex = 0x0B;
+constexpr uint8_t kLowObj = 0x5D;
+constexpr uint8_t kLowRk = 0x7E;
+constexpr uint8_t kLowBoundSheet = 0x85;
+constexpr uint8_t kLowMulRk = 0xBD;
+constexpr uint8_t kLowMulBlank = 0xBE;
+constexpr uint8_t kLowRString = 0xD6;
+constexpr uint8_t kLowDbCell = 0xD7;
+constexpr uint8_t kLowSst = 0xFC;
+constexpr uint8_t kLowLabelSst = 0xFD;
+
+// Types of the records that are written.
+constexpr uint16_t kTypeBlank = 0x0201;
+constexpr uint16_t kTypeNumber = 0x0203;
+constexpr uint16_t kTypeLabel = 0x0204;
+constexpr uint16_t kTypeRk = 0x027E;
+constexpr uint16_t kTypeMulRk = 0x00BD;
+constexpr uint16_t kTypeMulBlank = 0x00BE;
+
+// BOF: version u16, substream type u16.
+constexpr uint32_t kBofVersionHigh = 5;      // u8: the generation
+constexpr uint32_t kBofSubstream = 6;        // u8, low byte of the type
+constexpr uint32_t kBofSubstreamHigh = 7;    // u8
+
+// EOF has no payload.
+constexpr uint32_t kEofSize = kHeaderSize;
+
+// BOUNDSHEET: BOF offset u32, state and type u16, name length u8, a byte that is skipped, the name.
+constexpr uint32_t kBoundSheetBof = 4;
+constexpr uint32_t kBoundSheetNameLength = 10;
+constexpr uint32_t kBoundSheetName = 12;
+
+// DIMENSIONS, BIFF5: four u16. BIFF8: two u32 of which the low halves are read, two u16.
+struct DimensionsFields {
+  uint32_t firstRow;
+  uint32_t pastRow;
+  uint32_t firstColumn;
+  uint32_t pastColumn;
+};
+constexpr DimensionsFields kDimensionsBiff5 = {4, 6, 8, 10};
+constexpr DimensionsFields kDimensionsBiff8 = {4, 8, 12, 14};
+
+// ROW: row u16.
+constexpr uint32_t kRowNumber = 4;
+
+// Cells: row u16, column u16 (a run: first column), XF u16 (a run: of its first cell), then what the kind holds.
+constexpr uint32_t kCellRow = 4;
+constexpr uint32_t kCellColumn = 6;
+constexpr uint32_t kCellXf = 8;
+constexpr uint32_t kCellBody = 10;
+constexpr uint32_t kNumberValue = kCellBody;          // f64
+constexpr uint32_t kRkValue = kCellBody;              // RK, 4 bytes
+constexpr uint32_t kLabelLength = kCellBody;          // u16
+constexpr uint32_t kLabelText = 12;                   // BIFF5
+constexpr uint32_t kLabelTextBiff8 = 13;              // BIFF8: behind a flag byte
+constexpr uint32_t kBoolErrValue = kCellBody;         // u8
+constexpr uint32_t kBoolErrIsError = 11;              // u8
+constexpr uint32_t kFormulaResult = kCellBody;        // 8 bytes
+constexpr uint32_t kFormulaResultKind = kCellBody;    // u8, of a result that is no number
+constexpr uint32_t kFormulaResultTag = 16;            // u16: 0xFFFF when the result is no number
+constexpr uint32_t kLabelSstIndex = kCellBody;        // u32
+
+// Runs: cells from kCellXf on, then the last column as the last u16 of the payload.
+constexpr uint32_t kMulRkCell = 6;                    // XF u16, RK 4 bytes
+constexpr uint32_t kMulBlankCell = 2;                 // XF u16
+constexpr uint32_t kMulRkFirstRk = kCellBody;         // RK of the first cell
+constexpr uint32_t kRunLastColumnFromEnd = 2;         // last column at offset + length + this
+
+// Sizes of the records that are written, header included.
+constexpr uint32_t kBlankSize = kHeaderSize + 6;      // row, column, XF
+constexpr uint32_t kNumberSize = kHeaderSize + 6 + 8;
+constexpr uint32_t kRkSize = kHeaderSize + 6 + 4;
+constexpr uint32_t kLabelFixed = kHeaderSize + 6 + 2; // row, column, XF, length; the text behind it
+constexpr uint32_t kRunFixed = kHeaderSize + 4 + 2;   // row, first column; last column; the cells between them
+
+}  // namespace tolvenar
