@@ -1,13 +1,13 @@
 /* Tolvenar: what a host needs of BSTR, VARIANT and SAFEARRAY.
  *
- * On Windows these are the system's own, and this header only includes the system's. Everywhere else the library brings them
- * itself, under the names, numbers and result values that hosts know from there:
+ * On Windows these are the system's own, and this header only includes the system's. Everywhere else the
+ * library brings them itself, under the names, numbers and result values that hosts know from there:
  *
- *   BSTR       text of 16-bit units; a u32 byte length stands in front of it, a zero unit behind it. A null BSTR is empty text.
- *   VARIANT    16 bytes: u16 vt, three reserved u16, an 8-byte union at offset 8.
- *   SAFEARRAY  an array with bounds of its own. Bounds are given and asked for by dimension, from 1. The first entry of an index
- *              vector belongs to dimension 1, and dimension 1 varies fastest in memory. A put copies a BSTR or a VARIANT, a get
- *              hands out a copy that is the caller's to release.
+ *   BSTR       text of 16-bit units; a u32 byte length stands in front of it, a zero unit behind it. A null
+ * BSTR is empty text. VARIANT    16 bytes: u16 vt, three reserved u16, an 8-byte union at offset 8. SAFEARRAY
+ * an array with bounds of its own. Bounds are given and asked for by dimension, from 1. The first entry of an
+ * index vector belongs to dimension 1, and dimension 1 varies fastest in memory. A put copies a BSTR or a
+ * VARIANT, a get hands out a copy that is the caller's to release.
  *
  * Compiles as C11 and as C++17.
  */
@@ -53,23 +53,23 @@ typedef struct tagCY {
 } CY;
 
 /* Results. Negative values are failures. */
-#define S_OK                    ((HRESULT)0)
-#define S_FALSE                 ((HRESULT)1)
-#define E_NOTIMPL               ((HRESULT)0x80004001u)
-#define E_FAIL                  ((HRESULT)0x80004005u)
-#define E_UNEXPECTED            ((HRESULT)0x8000FFFFu)
-#define E_OUTOFMEMORY           ((HRESULT)0x8007000Eu)
-#define E_INVALIDARG            ((HRESULT)0x80070057u)
-#define DISP_E_TYPEMISMATCH     ((HRESULT)0x80020005u)
-#define DISP_E_BADVARTYPE       ((HRESULT)0x80020008u)
-#define DISP_E_OVERFLOW         ((HRESULT)0x8002000Au)
-#define DISP_E_BADINDEX         ((HRESULT)0x8002000Bu)
-#define DISP_E_ARRAYISLOCKED    ((HRESULT)0x8002000Du)
-#define SUCCEEDED(hr)           ((HRESULT)(hr) >= 0)
-#define FAILED(hr)              ((HRESULT)(hr) < 0)
+#define S_OK                 ((HRESULT)0)
+#define S_FALSE              ((HRESULT)1)
+#define E_NOTIMPL            ((HRESULT)0x80004001u)
+#define E_FAIL               ((HRESULT)0x80004005u)
+#define E_UNEXPECTED         ((HRESULT)0x8000FFFFu)
+#define E_OUTOFMEMORY        ((HRESULT)0x8007000Eu)
+#define E_INVALIDARG         ((HRESULT)0x80070057u)
+#define DISP_E_TYPEMISMATCH  ((HRESULT)0x80020005u)
+#define DISP_E_BADVARTYPE    ((HRESULT)0x80020008u)
+#define DISP_E_OVERFLOW      ((HRESULT)0x8002000Au)
+#define DISP_E_BADINDEX      ((HRESULT)0x8002000Bu)
+#define DISP_E_ARRAYISLOCKED ((HRESULT)0x8002000Du)
+#define SUCCEEDED(hr)        ((HRESULT)(hr) >= 0)
+#define FAILED(hr)           ((HRESULT)(hr) < 0)
 
-#define VARIANT_TRUE            ((VARIANT_BOOL)-1)
-#define VARIANT_FALSE           ((VARIANT_BOOL)0)
+#define VARIANT_TRUE  ((VARIANT_BOOL)-1)
+#define VARIANT_FALSE ((VARIANT_BOOL)0)
 
 /* Types of a VARIANT and of the elements of a SAFEARRAY. */
 enum VARENUM {
@@ -146,9 +146,9 @@ TOLVENAR_API void VariantInit(VARIANT* value);
 TOLVENAR_API HRESULT VariantClear(VARIANT* value);
 TOLVENAR_API HRESULT VariantCopy(VARIANT* to, const VARIANT* from);
 
-/* Arrays. Element types: VT_I2, VT_I4, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BSTR, VT_ERROR, VT_BOOL, VT_VARIANT, VT_UI1, VT_UI2,
- * VT_UI4. What a put reads and a get writes: for VT_BSTR the BSTR itself is put, and got through a BSTR*; for all others the
- * address of the element. */
+/* Arrays. Element types: VT_I2, VT_I4, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BSTR, VT_ERROR, VT_BOOL, VT_VARIANT,
+ * VT_UI1, VT_UI2, VT_UI4. What a put reads and a get writes: for VT_BSTR the BSTR itself is put, and got
+ * through a BSTR*; for all others the address of the element. */
 TOLVENAR_API SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
 TOLVENAR_API SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower, ULONG count);
 TOLVENAR_API HRESULT SafeArrayDestroy(SAFEARRAY* array);

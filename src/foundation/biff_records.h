@@ -1,8 +1,8 @@
-// Workbook records: types, field offsets and sizes, named once. Offsets count from the record's first byte; integers are
-// little-endian; rows and columns are 0-based.
+// Workbook records: types, field offsets and sizes, named once. Offsets count from the record's first byte;
+// integers are little-endian; rows and columns are 0-based.
 //
-// Records are recognised by the low byte of their type (the plain test of record_stream.h), so a type has a kLow... name; a full
-// kType... is there only for records that this library writes.
+// Records are recognised by the low byte of their type (the plain test of record_stream.h), so a type has a
+// kLow... name; a full kType... is there only for records that this library writes.
 #pragma once
 
 #include <cstdint>
@@ -46,9 +46,9 @@ constexpr uint16_t kTypeMulRk = 0x00BD;
 constexpr uint16_t kTypeMulBlank = 0x00BE;
 
 // BOF: version u16, substream type u16.
-constexpr uint32_t kBofVersionHigh = 5;      // u8: the generation
-constexpr uint32_t kBofSubstream = 6;        // u8, low byte of the type
-constexpr uint32_t kBofSubstreamHigh = 7;    // u8
+constexpr uint32_t kBofVersionHigh = 5;    // u8: the generation
+constexpr uint32_t kBofSubstream = 6;      // u8, low byte of the type
+constexpr uint32_t kBofSubstreamHigh = 7;  // u8
 
 // EOF has no payload.
 constexpr uint32_t kEofSize = kHeaderSize;
@@ -71,34 +71,35 @@ constexpr DimensionsFields kDimensionsBiff8 = {4, 8, 12, 14};
 // ROW: row u16.
 constexpr uint32_t kRowNumber = 4;
 
-// Cells: row u16, column u16 (a run: first column), XF u16 (a run: of its first cell), then what the kind holds.
+// Cells: row u16, column u16 (a run: first column), XF u16 (a run: of its first cell), then what the kind
+// holds.
 constexpr uint32_t kCellRow = 4;
 constexpr uint32_t kCellColumn = 6;
 constexpr uint32_t kCellXf = 8;
 constexpr uint32_t kCellBody = 10;
-constexpr uint32_t kNumberValue = kCellBody;          // f64
-constexpr uint32_t kRkValue = kCellBody;              // RK, 4 bytes
-constexpr uint32_t kLabelLength = kCellBody;          // u16
-constexpr uint32_t kLabelText = 12;                   // BIFF5
-constexpr uint32_t kLabelTextBiff8 = 13;              // BIFF8: behind a flag byte
-constexpr uint32_t kBoolErrValue = kCellBody;         // u8
-constexpr uint32_t kBoolErrIsError = 11;              // u8
-constexpr uint32_t kFormulaResult = kCellBody;        // 8 bytes
-constexpr uint32_t kFormulaResultKind = kCellBody;    // u8, of a result that is no number
-constexpr uint32_t kFormulaResultTag = 16;            // u16: 0xFFFF when the result is no number
-constexpr uint32_t kLabelSstIndex = kCellBody;        // u32
+constexpr uint32_t kNumberValue = kCellBody;        // f64
+constexpr uint32_t kRkValue = kCellBody;            // RK, 4 bytes
+constexpr uint32_t kLabelLength = kCellBody;        // u16
+constexpr uint32_t kLabelText = 12;                 // BIFF5
+constexpr uint32_t kLabelTextBiff8 = 13;            // BIFF8: behind a flag byte
+constexpr uint32_t kBoolErrValue = kCellBody;       // u8
+constexpr uint32_t kBoolErrIsError = 11;            // u8
+constexpr uint32_t kFormulaResult = kCellBody;      // 8 bytes
+constexpr uint32_t kFormulaResultKind = kCellBody;  // u8, of a result that is no number
+constexpr uint32_t kFormulaResultTag = 16;          // u16: 0xFFFF when the result is no number
+constexpr uint32_t kLabelSstIndex = kCellBody;      // u32
 
 // Runs: cells from kCellXf on, then the last column as the last u16 of the payload.
-constexpr uint32_t kMulRkCell = 6;                    // XF u16, RK 4 bytes
-constexpr uint32_t kMulBlankCell = 2;                 // XF u16
-constexpr uint32_t kMulRkFirstRk = kCellBody;         // RK of the first cell
-constexpr uint32_t kRunLastColumnFromEnd = 2;         // last column at offset + length + this
+constexpr uint32_t kMulRkCell = 6;             // XF u16, RK 4 bytes
+constexpr uint32_t kMulBlankCell = 2;          // XF u16
+constexpr uint32_t kMulRkFirstRk = kCellBody;  // RK of the first cell
+constexpr uint32_t kRunLastColumnFromEnd = 2;  // last column at offset + length + this
 
 // Sizes of the records that are written, header included.
-constexpr uint32_t kBlankSize = kHeaderSize + 6;      // row, column, XF
+constexpr uint32_t kBlankSize = kHeaderSize + 6;  // row, column, XF
 constexpr uint32_t kNumberSize = kHeaderSize + 6 + 8;
 constexpr uint32_t kRkSize = kHeaderSize + 6 + 4;
-constexpr uint32_t kLabelFixed = kHeaderSize + 6 + 2; // row, column, XF, length; the text behind it
-constexpr uint32_t kRunFixed = kHeaderSize + 4 + 2;   // row, first column; last column; the cells between them
+constexpr uint32_t kLabelFixed = kHeaderSize + 6 + 2;  // row, column, XF, length; the text behind it
+constexpr uint32_t kRunFixed = kHeaderSize + 4 + 2;  // row, first column; last column; the cells between them
 
 }  // namespace tolvenar

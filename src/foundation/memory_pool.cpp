@@ -13,11 +13,13 @@ namespace tolvenar {
 
 namespace {
 
-// Sorted, so that the first fit is the smallest free slot that fits. The last two are alike on purpose: a workbook in one of them can
-// be saved into the other.
-constexpr std::array<int32_t, kSlotCount> kCapacities = {256, 512, 1024, 33000, 100000, 1000000, 1500000, 105000000, 105000000};
+// Sorted, so that the first fit is the smallest free slot that fits. The last two are alike on purpose: a
+// workbook in one of them can be saved into the other.
+constexpr std::array<int32_t, kSlotCount> kCapacities = {256,     512,     1024,      33000,    100000,
+                                                         1000000, 1500000, 105000000, 105000000};
 
-// The constructor only clears it, when the library is loaded; the destructor gives the slots back when the process exits.
+// The constructor only clears it, when the library is loaded; the destructor gives the slots back when the
+// process exits.
 struct MemoryPool {
   std::unique_ptr<uint32_t[]> liveBlocks;
   std::unique_ptr<uint32_t[]> usedSizes;
@@ -54,8 +56,8 @@ bool MakeTables() {
   return pool.slotBases && pool.slotCapacities && pool.liveBlocks && pool.usedSizes;
 }
 
-// Takes the nine slots. When one can't be had, those already taken stay lost to the process, on purpose, and the pool is unset again:
-// the next MEMORYALLOC tries it all anew.
+// Takes the nine slots. When one can't be had, those already taken stay lost to the process, on purpose, and
+// the pool is unset again: the next MEMORYALLOC tries it all anew.
 bool SetUp() {
   if (pool.slotBases) return true;
   bool complete = MakeTables();
@@ -80,6 +82,11 @@ int32_t SlotOf(uint32_t handle) {
   return -1;
 }
 
+// What a variable holds; a null variable holds 0.
+uint32_t Value(const uint32_t* handle) {
+  return handle != nullptr ? *handle : 0;
+}
+
 // First free slot from index `from` on that holds `size` bytes, or -1.
 int32_t FirstFit(int32_t from, int32_t size) {
   for (int32_t i = from; i < pool.slotCount; ++i) {
@@ -89,7 +96,7 @@ int32_t FirstFit(int32_t from, int32_t size) {
 }
 
 int32_t Release(uint32_t* handle, bool clear_used_size) {
-  const int32_t slot = SlotOf(*handle);
+  const int32_t slot = SlotOf(Value(handle));
   if (slot < 0) return 0;
   pool.liveBlocks[slot] = 0;
   pool.bytesInUse -= pool.usedSizes[slot];
@@ -135,8 +142,10 @@ uint32_t MEMORYREALLOC(uint32_t handle, int32_t new_size) {
 
   pool.bytesInUse += static_cast<uint32_t>(new_size) - pool.usedSizes[slot];
   if (target != slot) {
-    // The whole slot travels, whatever lies behind the used bytes; the bytes behind it are as earlier tenants left them.
-    std::memcpy(BlockBytes(pool.slotBases[target]), BlockBytes(handle), static_cast<size_t>(pool.slotCapacities[slot]));
+    // The whole slot travels, whatever lies behind the used bytes; the bytes behind it are as earlier tenants
+    // left them.
+    std::memcpy(BlockBytes(pool.slotBases[target]), BlockBytes(handle),
+                static_cast<size_t>(pool.slotCapacities[slot]));
     pool.liveBlocks[target] = pool.slotBases[target];
     pool.liveBlocks[slot] = 0;
     pool.usedSizes[slot] = 0;
@@ -182,22 +191,23 @@ uint32_t MEMORYALLOCSIZE(uint32_t handle) {
 
 int32_t MEMORYSET(const uint32_t* handle, int32_t count) {
   constexpr int32_t kPatternLength = 255;
-  const Span span = SpanOf(*handle, count);
+  const Span span = SpanOf(Value(handle), count);
   if (count < 1 || span.bytes == nullptr) return 0;
   for (int32_t i = 0; i < span.count; ++i) span.bytes[i] = static_cast<uint8_t>(i % kPatternLength);
   return count;
 }
 
 int32_t MEMORYSET1(const uint32_t* handle, int32_t count, uint8_t value) {
-  const Span span = SpanOf(*handle, count);
+  const Span span = SpanOf(Value(handle), count);
   if (count < 1 || span.bytes == nullptr) return 0;
   std::memset(span.bytes, value, static_cast<size_t>(span.count));
   return count;
 }
 
 uint32_t MEMORYGET(const uint32_t* handle, int32_t size, int32_t index) {
-  if (index < 0 || index >= size) return 0;  // a negative index is not rejected as such: it lies outside the slot
-  const Span span = SpanOf(*handle, size);
+  if (index < 0 || index >= size)
+    return 0;  // a negative index is not rejected as such: it lies outside the slot
+  const Span span = SpanOf(Value(handle), size);
   return index < span.count ? span.bytes[index] : 0;
 }
 

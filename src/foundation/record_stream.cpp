@@ -1,4 +1,5 @@
-// Record stream: copies through the gate, patches and appends. The layout and the invariants stand in record_stream.h.
+// Record stream: copies through the gate, patches and appends. The layout and the invariants stand in
+// record_stream.h.
 #include "foundation/record_stream.h"
 
 #include <algorithm>
@@ -26,8 +27,9 @@ void PutJump(const Block& block, uint32_t at, uint8_t private_low, uint32_t targ
   PutU32(block, at + kJumpTarget, target);
 }
 
-// Lays the bytes into the SLACK at `at` when they fit it exactly, or leave at least a SLACK header behind them. At 1 to 3 bytes less than
-// the payload the bytes would fit, but no header behind them: they take the detour, on purpose.
+// Lays the bytes into the SLACK at `at` when they fit it exactly, or leave at least a SLACK header behind
+// them. At 1 to 3 bytes less than the payload the bytes would fit, but no header behind them: they take the
+// detour, on purpose.
 bool FillSlack(const Block& block, const uint8_t* bytes, uint32_t at, int16_t n) {
   if (!IsPrivate(block, at, kLowSlack)) return false;
   const int16_t length = I16At(block, at + kRecordLength);
@@ -39,8 +41,8 @@ bool FillSlack(const Block& block, const uint8_t* bytes, uint32_t at, int16_t n)
   return true;
 }
 
-// Bytes that a DETOUR at `at` displaces: the record there, and, when that is shorter than a DETOUR, the one that stands physically
-// behind it, whatever its type. Lengths count as signed 16-bit values.
+// Bytes that a DETOUR at `at` displaces: the record there, and, when that is shorter than a DETOUR, the one
+// that stands physically behind it, whatever its type. Lengths count as signed 16-bit values.
 int32_t DisplacedLength(const Block& block, uint32_t at, uint32_t size) {
   constexpr int32_t kHeader = kHeaderSize;
   int32_t displaced = I16At(block, at + kRecordLength) + kHeader;
@@ -67,7 +69,8 @@ int16_t LayDetour(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t 
   }
   *buffer = moved;
   block = OpenBlock(moved);
-  // The displaced bytes go first: a record at the end may claim more bytes than the stream has, and reach into the area itself.
+  // The displaced bytes go first: a record at the end may claim more bytes than the stream has, and reach
+  // into the area itself.
   CopyIn(block, area + n, block.base + at, BytesInside(block, at, d));
   CopyIn(block, area, bytes, n);
   PutJump(block, area + n + d, kLowResume, at + d);
@@ -76,12 +79,13 @@ int16_t LayDetour(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t 
   return kPatchDone;
 }
 
-// Grows a buffer under construction when at + count reaches its capacity. (Not below, on purpose: one byte always stays unused.)
-// False when it can't: the buffer is released.
+// Grows a buffer under construction when at + count reaches its capacity. (Not below, on purpose: one byte
+// always stays unused.) False when it can't: the buffer is released.
 bool GrowFor(uint32_t* buffer, uint32_t* size, int32_t at, uint32_t count, int32_t capacity) {
   const int32_t behind = static_cast<int32_t>(static_cast<uint32_t>(at) + count);
   if (behind < capacity) return true;
-  const uint32_t grown = MEMORYREALLOC(*buffer, static_cast<int32_t>(static_cast<uint32_t>(capacity) + kGrowth));
+  const uint32_t grown =
+      MEMORYREALLOC(*buffer, static_cast<int32_t>(static_cast<uint32_t>(capacity) + kGrowth));
   if (grown == 0) {
     MEMORYFREE(buffer);
     *buffer = 0;
@@ -127,7 +131,8 @@ void MarkRecordSlack(const Block& block, uint32_t at) {
 }
 
 int16_t PatchRecord(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t count, uint32_t* size) {
-  const int16_t n = static_cast<int16_t>(count);  // taken as 16 bits: that is what the length fields of a stream can say
+  const int16_t n =
+      static_cast<int16_t>(count);  // taken as 16 bits: that is what the length fields of a stream can say
   if (n == 0) return kPatchDone;
   if (*buffer == 0) return kPatchNoBuffer;
   const Block block = OpenBlock(*buffer);
@@ -150,10 +155,11 @@ int32_t AppendBytes(uint32_t* buffer, uint32_t* size, uint32_t at, uint32_t sour
   return static_cast<int32_t>(at + count);
 }
 
-int32_t AppendBytesTracked(uint32_t* buffer, uint32_t* size, int32_t at, const uint8_t* bytes, uint32_t count, int32_t* capacity) {
-  const uint32_t before = *buffer;
+int32_t AppendBytesTracked(uint32_t* buffer, uint32_t* size, int32_t at, const uint8_t* bytes, uint32_t count,
+                           int32_t* capacity) {
+  const uint32_t size_before = *size;
   if (!GrowFor(buffer, size, at, count, *capacity)) return -1;
-  if (*buffer != before) *capacity = static_cast<int32_t>(MEMORYALLOCSIZE(*buffer));
+  if (*size != size_before) *capacity = static_cast<int32_t>(MEMORYALLOCSIZE(*buffer));
   CopyIn(OpenBlock(*buffer), static_cast<uint32_t>(at), bytes, count);
   return static_cast<int32_t>(static_cast<uint32_t>(at) + count);
 }

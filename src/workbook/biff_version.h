@@ -1,12 +1,13 @@
-// BiffVersion: the BIFF generation that the library works with. There is one for the process, not one per workbook: whichever workbook
-// was opened or created last decides for all.
+// BiffVersion: the BIFF generation that the library works with. There is one for the process, not one per
+// workbook: whichever workbook was opened or created last decides for all.
 #pragma once
 
 #include <cstdint>
 
 namespace tolvenar {
 
-// 5 (BIFF5 and BIFF7) or 6 (BIFF8); 0 before the first workbook, when code that branches on it has no branch to take.
+// 5 (BIFF5 and BIFF7) or 6 (BIFF8); 0 before the first workbook, when code that branches on it has no branch
+// to take.
 extern int32_t BiffVersion;
 
 }  // namespace tolvenar

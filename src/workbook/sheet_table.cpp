@@ -69,13 +69,15 @@ int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size) {
 
   int16_t count = 0;  // 16 bits, as the queries read it
   ForEachBoundSheet(block, eof, [&](uint32_t) { count = static_cast<int16_t>(count + 1); });
-  *table = MEMORYALLOC(count * static_cast<int32_t>(kTableEntrySize) + static_cast<int32_t>(kTableExtraEntries * kTableEntrySize));
+  *table = MEMORYALLOC(count * static_cast<int32_t>(kTableEntrySize) +
+                       static_cast<int32_t>(kTableExtraEntries * kTableEntrySize));
   if (*table == 0) return Fail(kNoTable, buffer, table);
   const Block entries = OpenBlock(*table);
   PutTableEntry(entries, 0, static_cast<uint32_t>(static_cast<int32_t>(count)));
   PutTableEntry(entries, kTableGlobalsBegin, 0);
   uint32_t entry = kTableFirstSheet;
-  ForEachBoundSheet(block, eof, [&](uint32_t at) { PutTableEntry(entries, entry++, U32At(block, at + kBoundSheetBof)); });
+  ForEachBoundSheet(block, eof,
+                    [&](uint32_t at) { PutTableEntry(entries, entry++, U32At(block, at + kBoundSheetBof)); });
 
   const uint32_t last = TableEntry(entries, static_cast<uint32_t>(count + 1));
   const uint32_t closing = FindClosingEof(block, last, end);

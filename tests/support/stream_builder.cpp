@@ -63,7 +63,8 @@ StreamBuilder& StreamBuilder::Eof() {
   return Record(0x000A);
 }
 
-StreamBuilder& StreamBuilder::Dimensions(uint16_t first_row, uint16_t past_row, uint16_t first_column, uint16_t past_column) {
+StreamBuilder& StreamBuilder::Dimensions(uint16_t first_row, uint16_t past_row, uint16_t first_column,
+                                         uint16_t past_column) {
   if (version_ == 6) {
     return Record(0x0200, U32(first_row) + U32(past_row) + U16(first_column) + U16(past_column) + U16(0));
   }
@@ -71,7 +72,8 @@ StreamBuilder& StreamBuilder::Dimensions(uint16_t first_row, uint16_t past_row, 
 }
 
 StreamBuilder& StreamBuilder::Row(uint16_t row, uint16_t first_column, uint16_t past_column) {
-  return Record(0x0208, U16(row) + U16(first_column) + U16(past_column) + U16(0x00FF) + U16(0) + U16(0) + U16(0x0100) + U16(0x000F));
+  return Record(0x0208, U16(row) + U16(first_column) + U16(past_column) + U16(0x00FF) + U16(0) + U16(0) +
+                            U16(0x0100) + U16(0x000F));
 }
 
 StreamBuilder& StreamBuilder::Number(uint16_t row, uint16_t column, uint16_t xf, double value) {
@@ -87,32 +89,40 @@ StreamBuilder& StreamBuilder::Blank(uint16_t row, uint16_t column, uint16_t xf) 
 }
 
 StreamBuilder& StreamBuilder::Label(uint16_t row, uint16_t column, uint16_t xf, std::string_view text) {
-  return Record(0x0204, U16(row) + U16(column) + U16(xf) + U16(static_cast<uint16_t>(text.size())) + Text(text));
+  return Record(0x0204,
+                U16(row) + U16(column) + U16(xf) + U16(static_cast<uint16_t>(text.size())) + Text(text));
 }
 
-StreamBuilder& StreamBuilder::LabelBiff8(uint16_t row, uint16_t column, uint16_t xf, std::string_view text, uint8_t flags) {
-  return Record(0x0204, U16(row) + U16(column) + U16(xf) + U16(static_cast<uint16_t>(text.size())) + Bytes{flags} + Text(text));
+StreamBuilder& StreamBuilder::LabelBiff8(uint16_t row, uint16_t column, uint16_t xf, std::string_view text,
+                                         uint8_t flags) {
+  return Record(0x0204, U16(row) + U16(column) + U16(xf) + U16(static_cast<uint16_t>(text.size())) +
+                            Bytes{flags} + Text(text));
 }
 
-StreamBuilder& StreamBuilder::BoolErr(uint16_t row, uint16_t column, uint16_t xf, uint8_t value, uint8_t is_error) {
+StreamBuilder& StreamBuilder::BoolErr(uint16_t row, uint16_t column, uint16_t xf, uint8_t value,
+                                      uint8_t is_error) {
   return Record(0x0205, U16(row) + U16(column) + U16(xf) + Bytes{value, is_error});
 }
 
-StreamBuilder& StreamBuilder::Formula(uint16_t row, uint16_t column, uint16_t xf, const Bytes& result8, const Bytes& tokens) {
-  return Record(0x0006, U16(row) + U16(column) + U16(xf) + result8 + U16(0) + U32(0) + U16(static_cast<uint16_t>(tokens.size())) + tokens);
+StreamBuilder& StreamBuilder::Formula(uint16_t row, uint16_t column, uint16_t xf, const Bytes& result8,
+                                      const Bytes& tokens) {
+  return Record(0x0006, U16(row) + U16(column) + U16(xf) + result8 + U16(0) + U32(0) +
+                            U16(static_cast<uint16_t>(tokens.size())) + tokens);
 }
 
 StreamBuilder& StreamBuilder::LabelSst(uint16_t row, uint16_t column, uint16_t xf, uint32_t index) {
   return Record(0x00FD, U16(row) + U16(column) + U16(xf) + U32(index));
 }
 
-StreamBuilder& StreamBuilder::MulRk(uint16_t row, uint16_t first_column, std::initializer_list<RkCell> cells) {
+StreamBuilder& StreamBuilder::MulRk(uint16_t row, uint16_t first_column,
+                                    std::initializer_list<RkCell> cells) {
   Bytes payload = U16(row) + U16(first_column);
   for (const RkCell& cell : cells) payload = payload + U16(cell.xf) + U32(cell.rk);
   return Record(0x00BD, payload + U16(static_cast<uint16_t>(first_column + cells.size() - 1)));
 }
 
-StreamBuilder& StreamBuilder::MulBlank(uint16_t row, uint16_t first_column, std::initializer_list<uint16_t> xfs) {
+StreamBuilder& StreamBuilder::MulBlank(uint16_t row, uint16_t first_column,
+                                       std::initializer_list<uint16_t> xfs) {
   Bytes payload = U16(row) + U16(first_column);
   for (uint16_t xf : xfs) payload = payload + U16(xf);
   return Record(0x00BE, payload + U16(static_cast<uint16_t>(first_column + xfs.size() - 1)));
@@ -162,7 +172,8 @@ Bytes BlockContents(uint32_t handle, uint32_t size) {
 Bytes WalkedStream(uint32_t handle, uint32_t from) {
   Bytes bytes;
   const Block block = OpenBlock(handle);
-  for (Walk walk = StartWalk(block, from); !walk.ended && !IsPrivate(block, walk.at, kLowBufEnd); Step(&walk)) {
+  for (Walk walk = StartWalk(block, from); !walk.ended && !IsPrivate(block, walk.at, kLowBufEnd);
+       Step(&walk)) {
     if (IsJump(block, walk.at) || IsPrivate(block, walk.at, kLowSlack)) continue;
     Bytes record(kHeaderSize + LengthAt(block, walk.at));
     CopyOut(block, walk.at, record.data(), static_cast<uint32_t>(record.size()));

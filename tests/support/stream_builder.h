@@ -1,8 +1,10 @@
 // StreamBuilder: BIFF streams that read in the test as they stand in the file.
 //
-//   StreamBuilder().Bof(6).Sheet("Data").Eof()                          globals; the BOUNDSHEET finds its BOF by itself
+//   StreamBuilder().Bof(6).Sheet("Data").Eof()                          globals; the BOUNDSHEET finds its BOF
+//   by itself
 //                  .Bof(6, kWorksheet).Dimensions(0, 2, 0, 3).Row(0).Number(0, 0, 15, 1.5).Eof()
-//                  .Load(&buffer, &size);                                a pool block as XLOpenFile would leave it
+//                  .Load(&buffer, &size);                                a pool block as XLOpenFile would
+//                  leave it
 #pragma once
 
 #include <cstdint>
@@ -39,19 +41,24 @@ class StreamBuilder {
 
   // Globals.
   StreamBuilder& Bof(uint8_t version, uint16_t substream = kGlobals);  // 0x0809 with version 0x0500 or 0x0600
-  StreamBuilder& Sheet(std::string_view name);                         // BOUNDSHEET with BIFF8's layout; its offset is the next BOF's
+  StreamBuilder& Sheet(
+      std::string_view name);  // BOUNDSHEET with BIFF8's layout; its offset is the next BOF's
   StreamBuilder& Eof();
 
   // Sheet records. Rows, columns 0-based; `past` one behind the last.
-  StreamBuilder& Dimensions(uint16_t first_row, uint16_t past_row, uint16_t first_column, uint16_t past_column);  // by the version
+  StreamBuilder& Dimensions(uint16_t first_row, uint16_t past_row, uint16_t first_column,
+                            uint16_t past_column);  // by the version
   StreamBuilder& Row(uint16_t row, uint16_t first_column = 0, uint16_t past_column = 256);
   StreamBuilder& Number(uint16_t row, uint16_t column, uint16_t xf, double value);
   StreamBuilder& Rk(uint16_t row, uint16_t column, uint16_t xf, uint32_t rk);
   StreamBuilder& Blank(uint16_t row, uint16_t column, uint16_t xf);
-  StreamBuilder& Label(uint16_t row, uint16_t column, uint16_t xf, std::string_view text);  // 8-bit layout without option byte
-  StreamBuilder& LabelBiff8(uint16_t row, uint16_t column, uint16_t xf, std::string_view text, uint8_t flags = 0);
+  StreamBuilder& Label(uint16_t row, uint16_t column, uint16_t xf,
+                       std::string_view text);  // 8-bit layout without option byte
+  StreamBuilder& LabelBiff8(uint16_t row, uint16_t column, uint16_t xf, std::string_view text,
+                            uint8_t flags = 0);
   StreamBuilder& BoolErr(uint16_t row, uint16_t column, uint16_t xf, uint8_t value, uint8_t is_error);
-  StreamBuilder& Formula(uint16_t row, uint16_t column, uint16_t xf, const Bytes& result8, const Bytes& tokens = {});
+  StreamBuilder& Formula(uint16_t row, uint16_t column, uint16_t xf, const Bytes& result8,
+                         const Bytes& tokens = {});
   StreamBuilder& LabelSst(uint16_t row, uint16_t column, uint16_t xf, uint32_t index);
   struct RkCell {
     uint16_t xf;
@@ -72,7 +79,8 @@ class StreamBuilder {
 
   // The stream, BOUNDSHEET offsets filled in.
   Bytes Stream() const;
-  // The same as a pool block with a BUFEND behind it, unless it ends with one already. Returns the handle; *size is the buffer's size.
+  // The same as a pool block with a BUFEND behind it, unless it ends with one already. Returns the handle;
+  // *size is the buffer's size.
   uint32_t Load(uint32_t* size) const;
 
  private:
@@ -87,7 +95,8 @@ class StreamBuilder {
 // The first `size` bytes of a pool block.
 Bytes BlockContents(uint32_t handle, uint32_t size);
 
-// The records that a walk from `from` meets up to the BUFEND (which is left out), private ones left out too, laid end to end.
+// The records that a walk from `from` meets up to the BUFEND (which is left out), private ones left out too,
+// laid end to end.
 Bytes WalkedStream(uint32_t handle, uint32_t from = 0);
 
 // "09 08 00 00", for failure messages.
