@@ -47,6 +47,9 @@ typedef double DATE;
 typedef char16_t OLECHAR;
 typedef OLECHAR* BSTR;
 
+/* A literal of OLECHAR units: OLESTR("text"). */
+#define OLESTR(literal)         u##literal
+
 /* A currency value: a count of ten-thousandths. */
 typedef struct tagCY {
   int64_t int64;
