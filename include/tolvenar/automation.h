@@ -6,9 +6,9 @@
  *   BSTR        text of 16-bit units; a u32 byte length stands in front of it, a zero unit behind it. A null
  *               BSTR is empty text.
  *   VARIANT     16 bytes: u16 vt, three reserved u16, an 8-byte union at offset 8.
- *   SAFEARRAY   an array with bounds of its own. Bounds are given and asked for by dimension, from 1. The
- * first entry of an index vector belongs to dimension 1, and dimension 1 varies fastest in memory. A put
- * copies a BSTR or a VARIANT, a get hands out a copy that is the caller's to release.
+ *   SAFEARRAY   an array with bounds of its own, given and asked for by dimension, from 1. The first entry
+ *               of an index vector belongs to dimension 1, and dimension 1 varies fastest in memory. A put
+ *               copies a BSTR or a VARIANT, a get hands out a copy that is the caller's to release.
  *
  * Compiles as C11 and as C++17.
  */
