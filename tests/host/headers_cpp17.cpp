@@ -1,7 +1,7 @@
-// The public headers stand alone in C++17: included twice, each one first, in the order that no other file has.
+// The public headers stand alone in C++17: included twice, each one first, in the order that no other file
+// has.
 #include "tolvenar/automation.h"
 #include "tolvenar/tolvenar.h"
-#include "tolvenar/automation.h"
 
 #include <cstddef>
 

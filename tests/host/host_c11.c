@@ -1,7 +1,8 @@
-/* A host in plain C11: knows the public headers and the shared library, and nothing else. It drives the whole life of a workbook through
- * the exports and says in a sentence what is not as it should be.
+/* A host in plain C11: knows the public headers and the shared library, and nothing else. It drives the whole
+ * life of a workbook through the exports and says in a sentence what is not as it should be.
  *
- *   host_c11 SAMPLE FOLDER      SAMPLE: sample_biff5.xls or sample_biff8.xls; what is written goes into FOLDER
+ *   host_c11 SAMPLE FOLDER      SAMPLE: sample_biff5.xls or sample_biff8.xls; what is written goes into
+ * FOLDER
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -62,15 +63,19 @@ static void CheckNineBlocks(void) {
 
 static void CheckGrowth(void) {
   uint32_t block = MEMORYALLOC(257);
-  REQUIRE(MEMORYISHANDLE(block) == 2 && MEMORYSIZE(block) == 257 && MEMORYALLOCSIZE(block) == 512, "257 bytes are not in slot 2");
+  REQUIRE(MEMORYISHANDLE(block) == 2 && MEMORYSIZE(block) == 257 && MEMORYALLOCSIZE(block) == 512,
+          "257 bytes are not in slot 2");
   REQUIRE(MEMORYSET(&block, 512) == 512, "512 bytes can't be set");
-  REQUIRE(MEMORYGET(&block, 512, 254) == 254 && MEMORYGET(&block, 512, 255) == 0, "the pattern is not the index modulo 255");
+  REQUIRE(MEMORYGET(&block, 512, 254) == 254 && MEMORYGET(&block, 512, 255) == 0,
+          "the pattern is not the index modulo 255");
   REQUIRE(MEMORYREALLOC(block, 512) == block, "a block moved that had room where it is");
   block = MEMORYREALLOC(block, 513);
   REQUIRE(MEMORYISHANDLE(block) == 3, "513 bytes are not in slot 3");
-  REQUIRE(((const uint8_t*)(uintptr_t)block)[511] == 511 % 255, "what lay in the old slot did not come along");
+  REQUIRE(((const uint8_t*)(uintptr_t)block)[511] == 511 % 255,
+          "what lay in the old slot did not come along");
   REQUIRE(MEMORYGET(&block, 4, 4) == 0, "the byte behind the size reads as something");
-  REQUIRE(MEMORYSET1(&block, 3, 9) == 3 && MEMORYGET(&block, 513, 2) == 9 && MEMORYGET(&block, 513, 3) == 3, "MEMORYSET1 missed");
+  REQUIRE(MEMORYSET1(&block, 3, 9) == 3 && MEMORYGET(&block, 513, 2) == 9 && MEMORYGET(&block, 513, 3) == 3,
+          "MEMORYSET1 missed");
   REQUIRE(MEMORYSET1(&block, 0, 9) == 0 && MEMORYSET(&block, -1) == 0, "nothing was to be set");
   REQUIRE(MEMORYREMOVE(&block) == 1 && block == 0, "a live block is not removed");
 }
@@ -121,7 +126,8 @@ static void CheckText(void) {
   static const OLECHAR units[] = {'a', 'b', 0};
   BSTR whole = SysAllocString(units);
   BSTR bytes = SysAllocStringByteLen("abc", 3);
-  REQUIRE(SysStringLen(whole) == 2 && SysStringByteLen(whole) == 4 && whole[2] == 0, "SysAllocString miscounts");
+  REQUIRE(SysStringLen(whole) == 2 && SysStringByteLen(whole) == 4 && whole[2] == 0,
+          "SysAllocString miscounts");
   REQUIRE(SysStringByteLen(bytes) == 3 && SysStringLen(bytes) == 1, "SysAllocStringByteLen miscounts");
   REQUIRE(SysStringLen(NULL) == 0 && SysStringByteLen(NULL) == 0, "a null text has a length");
   SysFreeString(whole);
@@ -136,7 +142,8 @@ static void CheckVariants(void) {
   VariantInit(&two);
   one.vt = VT_BSTR;
   one.bstrVal = Wide("text");
-  REQUIRE(VariantCopy(&two, &one) == S_OK && two.vt == VT_BSTR && two.bstrVal != one.bstrVal, "a copy shares its text");
+  REQUIRE(VariantCopy(&two, &one) == S_OK && two.vt == VT_BSTR && two.bstrVal != one.bstrVal,
+          "a copy shares its text");
   REQUIRE(VariantClear(&one) == S_OK && one.vt == VT_EMPTY, "a cleared value is not empty");
   REQUIRE(SysStringLen(two.bstrVal) == 4 && two.bstrVal[3] == 't', "the copied text is another");
   VariantClear(&two);
@@ -150,12 +157,16 @@ static void CheckVector(void) {
   void* data = NULL;
   REQUIRE(SafeArrayPutElement(array, &index, &value) == S_OK, "the last element is refused");
   index = 8;
-  REQUIRE(SafeArrayPutElement(array, &index, &value) == DISP_E_BADINDEX, "an element behind the last is taken");
-  REQUIRE(SafeArrayGetVartype(array, &type) == S_OK && type == VT_I4 && SafeArrayGetElemsize(array) == 4, "a vector forgot its type");
+  REQUIRE(SafeArrayPutElement(array, &index, &value) == DISP_E_BADINDEX,
+          "an element behind the last is taken");
+  REQUIRE(SafeArrayGetVartype(array, &type) == S_OK && type == VT_I4 && SafeArrayGetElemsize(array) == 4,
+          "a vector forgot its type");
   REQUIRE(SafeArrayLock(array) == S_OK && SafeArrayUnlock(array) == S_OK, "a vector can't be locked");
-  REQUIRE(SafeArrayAccessData(array, &data) == S_OK && ((const LONG*)data)[2] == -12, "a vector's data is elsewhere");
+  REQUIRE(SafeArrayAccessData(array, &data) == S_OK && ((const LONG*)data)[2] == -12,
+          "a vector's data is elsewhere");
   REQUIRE(SafeArrayDestroy(array) == DISP_E_ARRAYISLOCKED, "an array is destroyed while its data is in use");
-  REQUIRE(SafeArrayUnaccessData(array) == S_OK && SafeArrayDestroy(array) == S_OK, "a vector can't be given back");
+  REQUIRE(SafeArrayUnaccessData(array) == S_OK && SafeArrayDestroy(array) == S_OK,
+          "a vector can't be given back");
 }
 
 static void CheckMatrix(void) {
@@ -168,11 +179,13 @@ static void CheckMatrix(void) {
   value.vt = VT_R8;
   value.dblVal = 2.5;
   REQUIRE(SafeArrayGetDim(array) == 2, "a matrix has not two dimensions");
-  REQUIRE(SafeArrayGetLBound(array, 1, &lower) == S_OK && SafeArrayGetUBound(array, 2, &upper) == S_OK, "a matrix has no bounds");
+  REQUIRE(SafeArrayGetLBound(array, 1, &lower) == S_OK && SafeArrayGetUBound(array, 2, &upper) == S_OK,
+          "a matrix has no bounds");
   REQUIRE(lower == 1 && upper == 3, "a matrix has other bounds");
   REQUIRE(SafeArrayPutElement(array, index, &value) == S_OK, "a value is refused");
   value.dblVal = 0;
-  REQUIRE(SafeArrayGetElement(array, index, &value) == S_OK && value.vt == VT_R8 && value.dblVal == 2.5, "a value is lost");
+  REQUIRE(SafeArrayGetElement(array, index, &value) == S_OK && value.vt == VT_R8 && value.dblVal == 2.5,
+          "a value is lost");
   REQUIRE(SafeArrayDestroy(array) == S_OK, "a matrix can't be given back");
 }
 
@@ -184,7 +197,8 @@ static void CopyFile11(const char* from, const char* to) {
   FILE* in = fopen(from, "rb");
   FILE* out = fopen(to, "wb");
   REQUIRE(in != NULL && out != NULL, "the sample can't be copied");
-  while ((n = fread(chunk, 1, sizeof chunk, in)) != 0) REQUIRE(fwrite(chunk, 1, n, out) == n, "the copy can't be written");
+  while ((n = fread(chunk, 1, sizeof chunk, in)) != 0)
+    REQUIRE(fwrite(chunk, 1, n, out) == n, "the copy can't be written");
   fclose(in);
   REQUIRE(fclose(out) == 0, "the copy can't be finished");
 }
@@ -198,29 +212,30 @@ static Workbook Open(const char* path) {
 }
 
 static void Close(Workbook* book) {
-  if (book->table != 0) REQUIRE(XLFreeHandle(&book->table) == 1 && book->table == 0, "the table can't be released");
+  if (book->table != 0)
+    REQUIRE(XLFreeHandle(&book->table) == 1 && book->table == 0, "the table can't be released");
   REQUIRE(XLFreeHandle(&book->buffer) == 1 && book->buffer == 0, "the buffer can't be released");
   REQUIRE(XLFreeHandle(&book->buffer) == 0, "a buffer is released twice");
   REQUIRE(LiveBlocks() == 0, "a closed workbook left blocks behind");
 }
 
-/* The values of the first sheet. */
-static SAFEARRAY* Values(const Workbook* book) {
-  SAFEARRAY* cells = Matrix(VT_VARIANT, kRows, kColumns);
+/* The values of the first sheet. Numbers and texts come as a BSTR, and an array of these takes them on every
+ * platform; formulas and errors come as a VARIANT. */
+static SAFEARRAY* Values(const Workbook* book, VARTYPE type) {
+  SAFEARRAY* cells = Matrix(type, kRows, kColumns);
   REQUIRE(XLGetVariantData(&cells, book->buffer, book->table, kSales) == 0, "the cells can't be read");
   return cells;
 }
 
 static int CellIs(SAFEARRAY* cells, LONG row, LONG column, const char* expected) {
-  char text[kTextRoom] = "";
+  char text[kTextRoom];
   LONG index[2] = {row, column};
-  VARIANT value;
-  VariantInit(&value);
+  BSTR value = NULL;
   REQUIRE(SafeArrayGetElement(cells, index, &value) == S_OK, "a cell's element can't be read");
-  if (value.vt == VT_BSTR) Narrow(value.bstrVal, text);
-  const int same = (value.vt == VT_BSTR || value.vt == VT_EMPTY) && strcmp(text, expected) == 0;
-  if (!same) fprintf(stderr, "cell (%d, %d) is '%s' of type %d, not '%s'\n", (int)row, (int)column, text, value.vt, expected);
-  VariantClear(&value);
+  Narrow(value, text);
+  SysFreeString(value);
+  const int same = strcmp(text, expected) == 0;
+  if (!same) fprintf(stderr, "cell (%d, %d) is '%s', not '%s'\n", (int)row, (int)column, text, expected);
   return same;
 }
 
@@ -241,34 +256,47 @@ static void CheckCatalogue(const Workbook* book, int generation) {
   REQUIRE(XLGetNumSheets(book->table) == 2, "the sample has not two sheets");
   REQUIRE(XLGetNumVers(book->buffer, book->table) == generation, "the sample is of another generation");
   REQUIRE(XLVersInt(-3) == -3, "XLVersInt changes its argument");
-  REQUIRE(XLGetNameSheet(book->buffer, book->table, kSales, &name) == 5, "the first name has not five letters");
+  REQUIRE(XLGetNameSheet(book->buffer, book->table, kSales, &name) == 5,
+          "the first name has not five letters");
   Narrow(name, text);
   SysFreeString(name);
   /* BIFF5 names come out without their first letter. */
-  REQUIRE(generation == 6 ? strcmp(text, "Sales") == 0 : strncmp(text, "ales", 4) == 0, "the first sheet has another name");
-  REQUIRE(XLGetSheetParam(book->buffer, book->table, kSales, 0, 0, 0, 0) != 0, "the first sheet has no entry");
-  REQUIRE(XLGetSheetSize(book->buffer, book->table, kSales, &range[0], &range[1], &range[2], &range[3]) == 0, "no worksheet");
-  REQUIRE(range[0] == 1 && range[1] == kRows && range[2] == 1 && range[3] == kColumns, "the first sheet has another range");
-  REQUIRE(XLGetSheetSize(book->buffer, book->table, 3, &range[0], &range[1], &range[2], &range[3]) == 2, "there is a third sheet");
+  REQUIRE(generation == 6 ? strcmp(text, "Sales") == 0 : strncmp(text, "ales", 4) == 0,
+          "the first sheet has another name");
+  REQUIRE(XLGetSheetParam(book->buffer, book->table, kSales, 0, 0, 0, 0) != 0,
+          "the first sheet has no entry");
+  REQUIRE(XLGetSheetSize(book->buffer, book->table, kSales, &range[0], &range[1], &range[2], &range[3]) == 0,
+          "no worksheet");
+  REQUIRE(range[0] == 1 && range[1] == kRows && range[2] == 1 && range[3] == kColumns,
+          "the first sheet has another range");
+  REQUIRE(XLGetSheetSize(book->buffer, book->table, 3, &range[0], &range[1], &range[2], &range[3]) == 2,
+          "there is a third sheet");
 }
 
-static void CheckCells(const Workbook* book, int generation) {
-  SAFEARRAY* cells = Values(book);
-  REQUIRE(CellIs(cells, 1, 1, "Date") && CellIs(cells, 2, 2, "North") && CellIs(cells, 7, 2, "East"), "a text is another");
+static void CheckCells(const Workbook* book) {
+  SAFEARRAY* cells = Values(book, VT_BSTR);
+  REQUIRE(CellIs(cells, 1, 1, "Date") && CellIs(cells, 2, 2, "North") && CellIs(cells, 7, 2, "East"),
+          "a text is another");
   REQUIRE(CellIs(cells, 2, 3, "120.000000") && CellIs(cells, 2, 5, "17.500000"), "a number is another");
-  REQUIRE(CellIs(cells, 2, 1, "45322.000000") && CellIs(cells, 8, 1, ""), "a date is another, or an empty cell is not empty");
-  if (generation == 5) {
-    LONG index[2] = {2, 6};
-    VARIANT value;
-    VariantInit(&value);
-    REQUIRE(SafeArrayGetElement(cells, index, &value) == S_OK, "a formula's element can't be read");
-    REQUIRE(value.vt == VT_R8 && value.dblVal == 2047.5, "a formula's result is another");
-  }
+  REQUIRE(CellIs(cells, 2, 1, "45322.000000") && CellIs(cells, 8, 1, ""),
+          "a date is another, or an empty cell is not empty");
   REQUIRE(XLSGetVariantData(0, &cells) == 0, "the array's data can't be had");
   SafeArrayDestroy(cells);
   SAFEARRAY* narrow = Matrix(VT_VARIANT, kRows - 1, kColumns);
-  REQUIRE(XLGetVariantData(&narrow, book->buffer, book->table, kSales) == 5, "an array that is too small is taken");
+  REQUIRE(XLGetVariantData(&narrow, book->buffer, book->table, kSales) == 5,
+          "an array that is too small is taken");
   SafeArrayDestroy(narrow);
+}
+
+/* The formulas of the BIFF5 sample hold their results; those of the other were never calculated. */
+static void CheckFormula(const Workbook* book) {
+  SAFEARRAY* cells = Values(book, VT_VARIANT);
+  LONG index[2] = {2, 6};
+  VARIANT value;
+  VariantInit(&value);
+  REQUIRE(SafeArrayGetElement(cells, index, &value) == S_OK, "a formula's element can't be read");
+  REQUIRE(value.vt == VT_R8 && value.dblVal == 2047.5, "a formula's result is another");
+  SafeArrayDestroy(cells);
 }
 
 /* A string of the shared table, asked for as XLGetVariantData does: the first one stands for every cell. */
@@ -287,7 +315,8 @@ static void CheckSharedString(const Workbook* book, uint32_t label) {
   SafeArrayDestroy(cells);
 }
 
-/* How many records of one code a listing has; -1 if it doesn't end with a BUFEND. *first is the offset of the first of them. */
+/* How many records of one code a listing has; -1 if it doesn't end with a BUFEND. *first is the offset of the
+ * first of them. */
 static int CountRecords(const Workbook* book, int code, uint32_t* first) {
   enum { kMost = 1000 };
   int32_t count = 0;
@@ -297,7 +326,8 @@ static int CountRecords(const Workbook* book, int code, uint32_t* first) {
   SAFEARRAY* types = SafeArrayCreateVector(VT_I2, 1, kMost);
   SAFEARRAY* images = SafeArrayCreateVector(VT_BSTR, 1, kMost);
   SAFEARRAY* lengths = SafeArrayCreateVector(VT_I2, 1, kMost);
-  REQUIRE(XLGetList(book->buffer, (int32_t)book->size, &count, &offsets, &types, &images, &lengths) == 0, "no listing");
+  REQUIRE(XLGetList(book->buffer, (int32_t)book->size, &count, &offsets, &types, &images, &lengths) == 0,
+          "no listing");
   REQUIRE(count > 0 && count < kMost, "the listing is empty, or too long for its arrays");
   for (LONG i = count; i >= 1; --i) {
     int16_t value = 0;
@@ -315,7 +345,8 @@ static int CountRecords(const Workbook* book, int code, uint32_t* first) {
 }
 
 static int16_t Change(Workbook* book, int16_t row, int16_t column, VARIANT* value) {
-  const int16_t result = XLChangeCellValue(&book->buffer, book->table, &book->size, kSales, row, column, value);
+  const int16_t result =
+      XLChangeCellValue(&book->buffer, book->table, &book->size, kSales, row, column, value);
   VariantClear(value);
   return result;
 }
@@ -335,15 +366,18 @@ static void ChangeCells(Workbook* book) {
   REQUIRE(Change(book, 2, 3, &value) == 2, "a null value is written");
   REQUIRE(Change(book, kRows + 1, 1, &value) == 1, "a cell below the sheet is written");
   const uint16_t date = (uint16_t)XfOf(book, 2, 1);
-  REQUIRE(XLChangeCellXF(&book->buffer, book->table, &book->size, kSales, 6, 1, date) == 0, "a format can't be given");
-  REQUIRE(XLChangeCellXF(&book->buffer, book->table, &book->size, kSales, 5, 3, date) == 0, "a format can't be given in a run");
+  REQUIRE(XLChangeCellXF(&book->buffer, book->table, &book->size, kSales, 6, 1, date) == 0,
+          "a format can't be given");
+  REQUIRE(XLChangeCellXF(&book->buffer, book->table, &book->size, kSales, 5, 3, date) == 0,
+          "a format can't be given in a run");
 }
 
 static void CheckChanged(const Workbook* book) {
-  SAFEARRAY* cells = Values(book);
+  SAFEARRAY* cells = Values(book, VT_BSTR);
   REQUIRE(CellIs(cells, 2, 3, "99.500000") && CellIs(cells, 4, 5, ""), "a changed number is another");
   REQUIRE(CellIs(cells, 3, 4, "late"), "a changed text is another");
-  REQUIRE(CellIs(cells, 2, 5, "17.500000") && CellIs(cells, 4, 3, "131.000000"), "a neighbour of a changed cell changed too");
+  REQUIRE(CellIs(cells, 2, 5, "17.500000") && CellIs(cells, 4, 3, "131.000000"),
+          "a neighbour of a changed cell changed too");
   REQUIRE(XfOf(book, 5, 3) == XfOf(book, 2, 1), "the changed format is another");
   SafeArrayDestroy(cells);
 }
@@ -371,16 +405,19 @@ static void CheckMatrixOfFormats(const Workbook* book) {
   LONG index[2] = {2, 4};
   LONG xf = -1;
   for (int i = 0; i < 4 * 5; ++i) matrix[i] = i < 5 ? -1 : 0;
-  REQUIRE(ChangeFormat(book->buffer, book->table, kRegions, matrix, 5) == 1, "a matrix of formats is not taken");
+  REQUIRE(ChangeFormat(book->buffer, book->table, kRegions, matrix, 5) == 1,
+          "a matrix of formats is not taken");
   REQUIRE(ChangeFormat(book->buffer, book->table, 3, matrix, 5) == 0, "a third sheet takes formats");
-  REQUIRE(XLGetCellData(&xfs, book->buffer, book->table, kRegions) == 0, "the second sheet's formats can't be read");
+  REQUIRE(XLGetCellData(&xfs, book->buffer, book->table, kRegions) == 0,
+          "the second sheet's formats can't be read");
   REQUIRE(SafeArrayGetElement(xfs, index, &xf) == S_OK && (int16_t)xf == 0, "a cell did not get its format");
   SafeArrayDestroy(xfs);
 }
 
 static void CheckSave(Workbook* book, const char* path) {
   REQUIRE(XLSaveFile(path, &book->buffer, &book->table, &book->size) == 0, "the workbook can't be saved");
-  REQUIRE(book->table == 0 && MEMORYISHANDLE(book->buffer) != 0, "a save keeps the buffer and releases the table");
+  REQUIRE(book->table == 0 && MEMORYISHANDLE(book->buffer) != 0,
+          "a save keeps the buffer and releases the table");
   Close(book);
   Workbook again = Open(path);
   CheckChanged(&again);
@@ -430,7 +467,8 @@ int main(int argc, char** argv) {
 
   Workbook book = Open(copy);
   CheckCatalogue(&book, generation);
-  CheckCells(&book, generation);
+  CheckCells(&book);
+  if (generation == 5) CheckFormula(&book);
   CheckPatches(&book, generation);
   CheckMatrixOfFormats(&book);
   CheckSave(&book, saved);

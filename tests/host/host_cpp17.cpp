@@ -1,7 +1,8 @@
-// A host in C++17: wraps what the library hands out in owners, as a host of any size would, and takes a workbook through open, query, change,
-// save and reopen. Says in a sentence what is not as it should be.
+// A host in C++17: wraps what the library hands out in owners, as a host of any size would, and takes a
+// workbook through open, query, change, save and reopen. Says in a sentence what is not as it should be.
 //
-//   host_cpp17 SAMPLE FOLDER      SAMPLE: sample_biff5.xls or sample_biff8.xls; what is written goes into FOLDER
+//   host_cpp17 SAMPLE FOLDER      SAMPLE: sample_biff5.xls or sample_biff8.xls; what is written goes into
+//   FOLDER
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -29,7 +30,8 @@ class Value {
   explicit Value(std::string_view text) : Value() {
     const std::u16string units(text.begin(), text.end());
     value_.vt = VT_BSTR;
-    value_.bstrVal = SysAllocStringLen(reinterpret_cast<const OLECHAR*>(units.data()), static_cast<UINT>(units.size()));
+    value_.bstrVal =
+        SysAllocStringLen(reinterpret_cast<const OLECHAR*>(units.data()), static_cast<UINT>(units.size()));
   }
   Value(Value&& other) noexcept : value_(other.value_) { VariantInit(&other.value_); }
   Value(const Value&) = delete;
@@ -38,15 +40,6 @@ class Value {
   ~Value() { VariantClear(&value_); }
 
   VARIANT* get() { return &value_; }
-
-  // The text, one byte a character; numbers as text.
-  std::string Text() const {
-    if (value_.vt == VT_R8) return std::to_string(value_.dblVal);
-    if (value_.vt != VT_BSTR || value_.bstrVal == nullptr) return "";
-    const auto* bytes = reinterpret_cast<const char*>(value_.bstrVal);
-    const std::string text(bytes, SysStringByteLen(value_.bstrVal));
-    return text.substr(0, text.find('\0'));
-  }
 
  private:
   VARIANT value_;
@@ -81,14 +74,17 @@ class Workbook {
 
   Range UsedRange(int16_t sheet) const {
     Range range;
-    Check(XLGetSheetSize(buffer_, table_, sheet, &range.firstRow, &range.lastRow, &range.firstColumn, &range.lastColumn), "range");
+    Check(XLGetSheetSize(buffer_, table_, sheet, &range.firstRow, &range.lastRow, &range.firstColumn,
+                         &range.lastColumn),
+          "range");
     return range;
   }
 
+  // Numbers and texts; formulas and errors would need an array of VT_VARIANT.
   Array Values(int16_t sheet) const {
     const Range range = UsedRange(sheet);
     SAFEARRAYBOUND bounds[2] = {{range.lastRow, 1}, {range.lastColumn, 1}};
-    SAFEARRAY* cells = SafeArrayCreate(VT_VARIANT, 2, bounds);
+    SAFEARRAY* cells = SafeArrayCreate(VT_BSTR, 2, bounds);
     Require(cells != nullptr, "no memory for an array");
     const int16_t result = XLGetVariantData(&cells, buffer_, table_, sheet);
     Array owner(cells);
@@ -121,16 +117,21 @@ class Workbook {
   uint32_t size_ = 0;
 };
 
+// A cell's text, one byte a character.
 std::string Cell(const Array& cells, LONG row, LONG column) {
   LONG index[2] = {row, column};
-  Value value;
-  Require(SafeArrayGetElement(cells.get(), index, value.get()) == S_OK, "an element can't be read");
-  return value.Text();
+  BSTR value = nullptr;
+  Require(SafeArrayGetElement(cells.get(), index, &value) == S_OK, "an element can't be read");
+  std::string text;
+  if (value != nullptr) text.assign(reinterpret_cast<const char*>(value), SysStringByteLen(value));
+  SysFreeString(value);
+  return text.substr(0, text.find('\0'));
 }
 
 void RequireCell(const Array& cells, LONG row, LONG column, const std::string& expected) {
   const std::string found = Cell(cells, row, column);
-  Require(found == expected, "cell (" + std::to_string(row) + ", " + std::to_string(column) + ") is '" + found + "', not '" + expected + "'");
+  Require(found == expected, "cell (" + std::to_string(row) + ", " + std::to_string(column) + ") is '" +
+                                 found + "', not '" + expected + "'");
 }
 
 void ReadSample(const Workbook& book, int generation) {
