@@ -48,7 +48,7 @@ typedef char16_t OLECHAR;
 typedef OLECHAR* BSTR;
 
 /* A literal of OLECHAR units: OLESTR("text"). */
-#define OLESTR(literal)         u##literal
+#define OLESTR(literal)      u##literal
 
 /* A currency value: a count of ten-thousandths. */
 typedef struct tagCY {

@@ -1,7 +1,10 @@
-// The public headers stand alone in C++17: included twice, each one first, in the order that no other file
-// has.
+// The public headers stand alone in C++17: each is included first here or beside this, and twice.
 #include "tolvenar/automation.h"
+
+// Again, in the other order.
 #include "tolvenar/tolvenar.h"
+
+#include "tolvenar/automation.h"
 
 #include <cstddef>
 
