@@ -97,6 +97,12 @@ class Checks(unittest.TestCase):
         problems = check_tests.file_problems(self.project, path, {"A.Runs", "All/B.Runs/0"})
         self.one(problems, "A.IsForgotten is not run")
 
+    def test_test_that_is_for_windows_alone(self):
+        text = "#if !defined(_WIN32)\nTEST(A, Runs) {\n}\n#else\nTEST(A, RunsThere) {\n}\n#endif\nTEST(A, RunsToo) {\n}\n"
+        path = self.write("tests/query/a_test.cpp", text)
+        self.assertEqual(check_tests.file_problems(self.project, path, {"A.Runs", "A.RunsToo"}), [])
+        self.one(check_tests.file_problems(self.project, path, {"A.Runs", "A.RunsThere"}), "A.RunsToo is not run")
+
     def test_test_that_is_switched_off(self):
         path = self.write("tests/query/a_test.cpp", "TEST(A, DISABLED_Runs) {\n}\n")
         self.one(check_tests.file_problems(self.project, path, {"A.DISABLED_Runs"}), "switched off")
