@@ -19,7 +19,6 @@ namespace {
 constexpr int16_t kSheetsRead = 4;
 constexpr ULONG kRecordsListed = 64;
 
-
 // An array of the fuzzers' size that is given back at the end of its block.
 class Cells {
  public:

@@ -232,6 +232,11 @@ bool Workbook::PutNumber(int sheet, int row, int column, double number) {
 
 bool Workbook::PutText(int sheet, int row, int column, const std::string& text) {
   std::vector<OLECHAR> units;
+  // The library writes every text in the layout of generation 5, in which the first character follows the
+  // length. Generation 6 has a byte of flags there: a leading zero stands for it ("8-bit, plain"), or the
+  // first character of the text would be lost to readers. The length counts the zero, so that it is one too
+  // large.
+  if (Generation() == 6) units.push_back(0);
   for (char c : text) units.push_back(static_cast<unsigned char>(c));
   VARIANT value;
   VariantInit(&value);
