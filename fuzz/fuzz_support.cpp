@@ -2,6 +2,8 @@
 #include "fuzz_support.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 #include "foundation/biff_records.h"
@@ -18,6 +20,7 @@ namespace {
 
 constexpr int16_t kSheetsRead = 4;
 constexpr ULONG kRecordsListed = 64;
+constexpr uint16_t kTypeWindow2 = 0x023E;
 
 // An array of the fuzzers' size that is given back at the end of its block.
 class Cells {
@@ -86,7 +89,7 @@ Bytes ChosenText(Choices* choices) {
 }
 
 // One cell, or a run of three, at a column and those behind it. Returns how many columns it takes.
-uint16_t AddCell(StreamBuilder* builder, Choices* choices, uint16_t row, uint16_t column) {
+uint16_t AddCell(StreamBuilder* builder, Choices* choices, uint8_t version, uint16_t row, uint16_t column) {
   const auto xf = static_cast<uint16_t>(choices->Below(32));
   const Bytes text = ChosenText(choices);
   const std::string_view view(reinterpret_cast<const char*>(text.data()), text.size());
@@ -103,7 +106,7 @@ uint16_t AddCell(StreamBuilder* builder, Choices* choices, uint16_t row, uint16_
       builder->Blank(row, column, xf);
       return 1;
     case 4:
-      builder->LabelBiff8(row, column, xf, view);
+      version == kBiff8 ? builder->LabelBiff8(row, column, xf, view) : builder->Label(row, column, xf, view);
       return 1;
     case 5:
       builder->BoolErr(row, column, xf, choices->Byte(), choices->Byte() & 1);
@@ -121,6 +124,12 @@ uint16_t AddCell(StreamBuilder* builder, Choices* choices, uint16_t row, uint16_
 }
 
 }  // namespace
+
+void Require(bool condition, const char* what_ought_to_be) {
+  if (condition) return;
+  std::fprintf(stderr, "This ought to be so, and is not: %s\n", what_ought_to_be);
+  std::abort();
+}
 
 Book OpenStream(const Bytes& stream) {
   Book book;
@@ -164,19 +173,22 @@ Bytes StreamOf(Choices* choices) {
   static constexpr const char* kNames[] = {"One", "Two", "Three"};
   StreamBuilder builder;
   const uint32_t sheets = 1 + choices->Below(3);
-  builder.Bof(6);
+  const uint8_t version = choices->Byte() % 2 == 0 ? kBiff8 : kBiff5;
+  builder.Bof(version);
   for (uint32_t i = 0; i < sheets; ++i) builder.Sheet(kNames[i]);
   builder.Eof();
   for (uint32_t i = 0; i < sheets; ++i) {
-    builder.Bof(6, testing::kWorksheet).Dimensions(0, kRows, 0, kColumns);
+    builder.Bof(version, testing::kWorksheet).Dimensions(0, kRows, 0, kColumns);
     for (uint16_t row = 0; row < kRows; ++row) {
       const uint8_t kind = choices->Byte();
       if (kind % 4 != 3) builder.Row(row);
       uint16_t column = 0;
       while (kind % 4 != 2 && column + 3 <= kColumns)
-        column = static_cast<uint16_t>(column + AddCell(&builder, choices, row, column));
+        column = static_cast<uint16_t>(column + AddCell(&builder, choices, version, row, column));
     }
-    builder.Eof();
+    // As in every real sheet the cells are not the last. A cell that is put directly before the EOF is met by
+    // the walk, but the readers stop in front of it until the next refresh.
+    builder.Record(kTypeWindow2, Bytes(10)).Eof();
   }
   return builder.BufEnd().Stream();
 }

@@ -17,6 +17,9 @@ struct Book {
   uint32_t size = 0;
 };
 
+// Ends the program, with a finding, when what ought to be so is not.
+void Require(bool condition, const char* what_ought_to_be);
+
 // Puts a stream into the pool, as XLOpenFile would leave it, and locates its sheets.
 Book OpenStream(const testing::Bytes& stream);
 

@@ -1,11 +1,10 @@
 // Any bytes at all as a workbook's stream: whatever they are, locating the sheets and every reader come to an
 // end, stay inside the block, and give back the pool blocks that they took. Then the same after a refresh.
-#include <cstdlib>
-
 #include "foundation/memory_pool.h"
 #include "fuzz_support.h"
 
 using tolvenar::fuzz::Book;
+using tolvenar::fuzz::Require;
 using tolvenar::testing::Bytes;
 using tolvenar::testing::operator+;
 
@@ -16,10 +15,6 @@ constexpr int32_t kColumnsEitherSide = 65536;
 uint32_t LiveBlocks() {
   uint32_t bytes = 0;
   return ::MEMORYHANDLES(&bytes, 0);
-}
-
-void Require(bool condition) {
-  if (!condition) std::abort();
 }
 
 // With a stride of 0 a matrix of one row, reaching as far to both sides as a column can, covers every cell
@@ -37,14 +32,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const Bytes kBufEnd = {0xF8, 0xFE, 0, 0};
   Book book = tolvenar::fuzz::OpenStream(Bytes(data, data + size) + kBufEnd);
   if (book.table == 0) {
-    Require(LiveBlocks() == 0);
+    Require(LiveBlocks() == 0, "a stream that is refused leaves no block");
     return 0;
   }
   tolvenar::fuzz::ReadEverything(book);
   GiveFormats(book);
-  Require(LiveBlocks() == 2);
+  Require(LiveBlocks() == 2, "the readers give back what they took");
   ::XLDeleteDBCells(book.buffer, book.size);
   if (::XLRefreshHandles(&book.buffer, book.table, &book.size) == 0) tolvenar::fuzz::ReadEverything(book);
-  Require(LiveBlocks() == 2);
+  Require(LiveBlocks() == 2, "a refresh gives back what it took");
   return 0;
 }
