@@ -184,6 +184,20 @@ TEST_F(RecordList, RoomForSmallImagesOnly_GivesTenAtTheFirstLargeOne) {
   EXPECT_EQ(lengths_.NumberAt(2), 0);
 }
 
+TEST_F(RecordList, ElementsAreCountedInSigned16Bits) {
+  StreamBuilder stream;
+  for (int i = 0; i < 32769; ++i) stream.Record(0x0042);
+  uint32_t size = 0;
+  const uint32_t buffer = stream.Load(&size);
+  TestArray offsets(VT_I4, -32768, 32768);
+  EXPECT_EQ(XLGetList(buffer, static_cast<int32_t>(size), &count_, offsets.Ref(), nullptr, nullptr, nullptr),
+            0);
+  EXPECT_EQ(count_, 32770);
+  EXPECT_EQ(offsets.NumberAt(32768), 32767 * 4);
+  EXPECT_EQ(offsets.NumberAt(-32767), 32768 * 4);
+  EXPECT_EQ(offsets.NumberAt(-32766), 32769 * 4);
+}
+
 TEST_F(RecordList, Rings_End) {
   for (uint32_t target : {0u, 4u, 8u, 12u}) {
     EXPECT_EQ(List(StreamBuilder().Record(0x0042).Record(0x0043).Record(0x0044).Detour(target)), 0);
