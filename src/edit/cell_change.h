@@ -1,10 +1,10 @@
 // Changes of one cell in place: a new value, or a new XF index.
 //
-//   found            a new value                                              a new XF index
-//   single cell      turns SLACK, the new record takes its place              overwritten in the record
-//   cell of a run    the run is split, the new record goes between            overwritten in the run, and in
-//   its first cell too no cell          the new record goes in front of the next one             a BLANK goes
-//   in front of the next record
+//   FOUND           A NEW VALUE                                     A NEW XF INDEX
+//   single cell     turns SLACK, the new record takes its place     overwritten
+//   cell of a run   the run is split, the new record goes between   overwritten, and that of the first cell
+//   too no cell         the new record goes in front of the next one    a BLANK goes in front of the next
+//   record
 //
 // Invariants: (1) Only cell records change. ROW, DIMENSIONS, INDEX and DBCELL are not updated, no text enters
 // the shared strings, and a STRING, SHRFMLA or ARRAY behind a replaced FORMULA stays. (2) No edit is rolled

@@ -1,12 +1,12 @@
 // Where a cell is: the walk from a sheet's BOF to the record that holds a cell, or to the place where it
 // would stand.
 //
-//   Cell record                                    Run of cells (MULRK, MULBLANK)
-//   OFFSET  SIZE  FIELD                            OFFSET     SIZE  FIELD
-//        4     2  row, 0-based                          4        2  row, 0-based
-//        6     2  column, 0-based                       6        2  first column
-//        8     2  XF index                              8  6 or 2n  cells: XF (and RK value, 4 bytes)
-//                                                  length + 2    2  last column
+//   Cell record                            Run of cells (MULRK, MULBLANK)
+//   OFFSET  SIZE  FIELD                        OFFSET     SIZE  FIELD
+//        4     2  row, 0-based                      4        2  row, 0-based
+//        6     2  column, 0-based                   6        2  first column
+//        8     2  XF index                          8  6n or 2n  cells: XF (MULRK: and RK value, 4 bytes)
+//                                          length + 2        2  last column
 //
 // Invariants: (1) Callers' rows and columns are 1-based, those of records 0-based; all of them are compared
 // as signed 16-bit values. (2) Exactly ten kinds of record are cells here. LABELSST is none of them, on
@@ -38,11 +38,11 @@ bool SheetForEdit(uint32_t buffer, uint32_t table, int16_t sheet, SheetExtent* e
 
 // Finds the cell at `row`, `column` (1-based) of `sheet` (1-based).
 // RESULT above 0: the offset of the record that holds the cell, one of the ten kinds. Below 0: there is no
-// such cell; minus the offset of the record before which it belongs. 0: it can't exist: no table, buffer or
-// sheet, outside DIMENSIONS, or no ROW record for its row in front of the row's cells. Cells in a nested
-// substream count as cells, on purpose, but for NUMBER, which counts only in the sheet itself. A walk that
-// goes round in a circle ends as at the sheet's end. With a BiffVersion that is neither generation there is
-// no layout to read a DIMENSIONS by: it is passed over.
+// such cell; minus the offset of the record before which it belongs. 0: it can't exist: no table, sheet or
+// buffer, outside DIMENSIONS, or no ROW record for its row in front of that row's cells. Cells in a nested
+// substream count, on purpose, but for NUMBER, which counts only in the sheet itself. A walk that goes round
+// in a circle ends as at the sheet's end. When BiffVersion is neither generation there is no layout to read a
+// DIMENSIONS by, and it bounds nothing.
 int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, int16_t column);
 
 // XF index of the cell at `column` (caller's, 1-based) in the record at `at`: of a run, that of the run's

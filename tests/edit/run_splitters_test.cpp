@@ -278,13 +278,17 @@ TEST_F(RunSplittersTest, ColumnOutsideTheRun_Gives0AndLeavesTheCopyOfTheBody) {
 }
 
 TEST_F(RunSplittersTest, PieceTooLongForAPatch_FailsAsAPatch) {
-  // The run says that it goes to column 30000, and has the bytes of one cell.
-  OpenRun(Stream().Raw({0xBD, 0, 12, 0, 1, 0, 0, 0, 15, 0, 1, 0, 0, 0, 0x30, 0x75}));
-  EXPECT_EQ(Split(SplitMulRkForChange, 20000), 0);
-  EXPECT_NE(buffer_, 0u);
-  EXPECT_EQ(size_, opened_.size());
-  EXPECT_EQ(Cells(), kFiller);
-  EXPECT_EQ(LiveBlocks(), live_ + 3);
+  // The run says that it goes to column 30000, and has the bytes of one cell. 20000 cells are 120010 bytes,
+  // which count as negative in 16 bits; 11000 are 66010 bytes, which count as 474.
+  for (int16_t column : testing::Columns{20001, 11001}) {
+    OpenRun(Stream().Raw({0xBD, 0, 12, 0, 1, 0, 0, 0, 15, 0, 1, 0, 0, 0, 0x30, 0x75}));
+    EXPECT_EQ(Split(SplitMulRkForChange, column), 0);
+    EXPECT_NE(buffer_, 0u);
+    EXPECT_EQ(size_, opened_.size());
+    EXPECT_EQ(Cells(), kFiller);
+    EXPECT_EQ(LiveBlocks(), live_ + 3);
+    MEMORYFREEALL();
+  }
 }
 
 // Splits of a run into two pieces with `taken` blocks live beforehand, in a buffer that has to move.
