@@ -87,7 +87,8 @@ void OpenFile::Release() {
 void StorageTest::SetUp() {
   const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
   const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-  folder_ = std::filesystem::temp_directory_path() /
+  const bool there = std::filesystem::is_directory(base_);
+  folder_ = (there ? base_ : std::filesystem::temp_directory_path()) /
             ("tolvenar_" + std::string(info->name()) + "_" + std::to_string(now));
   ASSERT_TRUE(std::filesystem::create_directories(folder_));
 }

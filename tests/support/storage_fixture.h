@@ -39,6 +39,9 @@ class OpenFile {
 
 class StorageTest : public ::testing::Test {
  protected:
+  // The folder is made in `base`, if there is such a folder, and otherwise where temporary files go.
+  explicit StorageTest(const char* base = "") : base_(base) {}
+
   void SetUp() override;
   void TearDown() override;
 
@@ -50,6 +53,7 @@ class StorageTest : public ::testing::Test {
   // Names in the folder.
   std::vector<std::string> Listing() const;
 
+  std::filesystem::path base_;
   std::filesystem::path folder_;
 };
 
