@@ -34,7 +34,8 @@ bool InLow4GiB(const void* address, size_t size) {
 constexpr int kMapFlags = MAP_PRIVATE | MAP_ANONYMOUS;
 
 void* MapAt(uintptr_t hint, size_t size, int extra_flags) {
-  void* got = mmap(reinterpret_cast<void*>(hint), size, PROT_READ | PROT_WRITE, kMapFlags | extra_flags, -1, 0);
+  void* got =
+      mmap(reinterpret_cast<void*>(hint), size, PROT_READ | PROT_WRITE, kMapFlags | extra_flags, -1, 0);
   if (got == MAP_FAILED) return nullptr;
   if (InLow4GiB(got, size)) return got;
   munmap(got, size);
