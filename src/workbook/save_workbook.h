@@ -2,9 +2,10 @@
 //
 //   the file   any other streams, untouched | "Workbook" or "Book": the compact records, without a BUFEND
 //
-// Invariants: (1) On disk stands the old file or the new one. A save that fails after the old stream was
-// taken out abandons the file: it is released without the commit that would put it in place without its
-// workbook. (2) 0 is the answer only when the commit of the file has told success.
+// Invariants: (1) A file is committed only when its workbook stream has been written whole. A save that fails
+// after the old stream was taken out abandons the file; off Windows, where nothing reaches the path before
+// the commit, the old file then stands there as it was. (2) 0 is the answer only when the commit has told
+// success.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +30,7 @@ namespace tolvenar {
 //   6  the write failed or was short                  block freed, both stale    released, 0
 // 104  closing the stream failed                      compact, no BUFEND         released, 0
 // 105  closing the file failed, its commit included   compact, no BUFEND         released, 0
-// With any result but 0 the file is as it was before the call. Without its BUFEND a buffer ends with an empty
+// With any result but 0 nothing has been committed. Without its BUFEND a buffer ends with an empty
 // record of type 0, which a second save copies into the stream.
 int16_t XLSaveFile(const char* path, uint32_t* buffer, uint32_t* table, uint32_t* size);
 
