@@ -151,16 +151,19 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLRefreshHandles(uint32_t* buffer, uint32_t t
  * Result: 0 done; 1 the buffer is 0. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLDeleteDBCells(uint32_t buffer, uint32_t size);
 
-/* ---- Sheet catalogue
- * ------------------------------------------------------------------------------------------------------- */
+/* ---- Sheet catalogue ---------------------------------------------------------------------- */
 
 /* Lists every record of the walk, the patch records included, into four one-dimensional arrays from index 1
- * on. size     the buffer's size in bytes count    out: the number of records offsets  32-bit offsets of the
- * records types    16-bit codes: the low byte of the type, plus 256 if its high byte is exactly 0x10 images
- * the records' bytes, header included, as a BSTR of that many bytes: an array of VT_BSTR (off Windows also
- * VT_VARIANT) lengths  16-bit sizes of the records, header included Result: 0 done, also for a size of 1 or
- * less, with count 0; 1 null buffer, count untouched; 10 no pool block for an image: the arrays and the count
- * stand as far as they were filled. */
+ * on. A null array, and an element that an array refuses, is passed over.
+ *   size     the buffer's size in bytes
+ *   count    out: the number of records
+ *   offsets  32-bit offsets of the records
+ *   types    16-bit codes: the low byte of the type, plus 256 if its high byte is exactly 0x10
+ *   images   the records' bytes, header included, as a BSTR of that many bytes, for an array of VT_BSTR (off
+ *            Windows also VT_VARIANT); empty where the size does not fit 16 signed bits
+ *   lengths  16-bit sizes of the records, header included
+ * Result: 0 done, also for a size of 1 or less, with count 0; 1 null buffer or no live block, count
+ * untouched; 10 no pool block for an image: the arrays and the count stand as far as they were filled. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetList(uint32_t buffer, int32_t size, int32_t* count,
                                              SAFEARRAY** offsets, SAFEARRAY** types, SAFEARRAY** images,
                                              SAFEARRAY** lengths);
@@ -168,7 +171,8 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetList(uint32_t buffer, int32_t size, int3
 /* Result: the number of sheets, by the low 16 bits of the table's first entry; 0 for a null table. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetNumSheets(uint32_t table);
 
-/* Sets the library's BIFF generation to what the workbook's globals say, 5 or 6. Result: the generation. */
+/* Sets the library's BIFF generation to what the workbook's globals say, 5 or 6. Result: the generation,
+ * which a null table leaves as it was. */
 TOLVENAR_API uint16_t TOLVENAR_CALL XLGetNumVers(uint32_t buffer, uint32_t table);
 
 /* Result: `version`, unchanged. */
@@ -176,9 +180,11 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLVersInt(int16_t version);
 
 /* Gives a sheet's name. The BSTR has as many 16-bit units as the name has bytes: the name's bytes stand
  * packed in its first half and zeros in the second. Names are read by the BIFF8 layout in both generations,
- * and BIFF5 names come out shifted, on purpose. sheet  1-based; 1 or less is the first name   out: the name,
- * the caller's to release Result: the length of the name in bytes; 0 also on every failure: null table (name
- * untouched), no pool block (name untouched), no BOUNDSHEET (empty name). */
+ * and BIFF5 names come out shifted, on purpose.
+ *   sheet  1-based; 1 or less is the first
+ *   name   out: the name, the caller's to release
+ * Result: the length of the name in bytes; 0 also on every failure: null table (name untouched), no pool
+ * block (name untouched), no BOUNDSHEET (empty name). */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetNameSheet(uint32_t buffer, uint32_t table, int16_t sheet, BSTR* name);
 
 /* Looks a sheet's entry up and hands nothing back; the four last arguments are neither read nor written.
@@ -199,16 +205,19 @@ TOLVENAR_API uint16_t TOLVENAR_CALL XLNumStrBucket(uint32_t buffer, uint32_t tab
  * it means nothing. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLNumStrExt(uint32_t buffer, uint32_t table);
 
-/* Reads one shared string and puts it into a two-dimensional array at the row and column of a LABELSST
- * record. On Windows the caller removes the arguments (cdecl). index         the string's number bucket from
- * XLNumStrBucket sstOffset     from XLNumStrExt cells         the array recordOffset  the LABELSST record
+/* Reads one shared string and puts it, as a BSTR, into a two-dimensional array at the row and column of a
+ * LABELSST record. A string is read as 8-bit, wide or rich as the string before it is flagged, and string 0
+ * as 8-bit, on purpose. On Windows the caller removes the arguments (cdecl).
+ *   index         the string's number; below 1 is string 0
+ *   bucket        from XLNumStrBucket; not used, and may be 0
+ *   sstOffset     from XLNumStrExt
+ *   cells         the array
+ *   recordOffset  the LABELSST record
  * Result: none. */
 TOLVENAR_API void TOLVENAR_CDECL XLEXTLabel(uint32_t buffer, int32_t* index, int16_t* bucket,
                                             int32_t sstOffset, SAFEARRAY** cells, int32_t recordOffset);
 
-/* ---- Cell data
- * -------------------------------------------------------------------------------------------------------------
- */
+/* ---- Cell data ---------------------------------------------------------------------- */
 
 /* Gives a worksheet's used range, 1-based and inclusive, by its DIMENSIONS record; without one the outputs
  * stay untouched. Result: 0 a worksheet; 1 null table; 2 no such sheet; 3 null buffer; 5 globals, 6 Visual
@@ -221,9 +230,11 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetSheetSize(uint32_t buffer, uint32_t tabl
  * column, both 1-based. Cells without a record, and elements that the array refuses, stay as they were.
  * Numbers, RKs, labels and shared strings are put as a BSTR (numbers with six decimals), error and boolean
  * cells, formulas and rich strings as a VARIANT; off Windows an array of VT_VARIANT or of VT_BSTR takes them
- * both. Result: 0 done; 1 null table or no sheets; 3 no such sheet, null buffer, or no worksheet; 4 the array
- * has not two dimensions; 5 it does not cover the used range; 2, 7, 8 are reserved. On any failure nothing
- * has been put. */
+ * both, but for the double of a formula, which only VT_VARIANT takes. A text that finds no pool block, and a
+ * formula with an empty result, leave their element as it was. A sheet without DIMENSIONS fits every array.
+ * Result: 0 done; 1 null table or no sheets; 3 no such sheet, null buffer, or no worksheet; 4 the array has
+ * not two dimensions; 5 it does not cover the used range; 2 the table's count is negative; 7, 8 are reserved.
+ * On any failure nothing has been put. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetVariantData(SAFEARRAY** cells, uint32_t buffer, uint32_t table,
                                                     int16_t sheet);
 
@@ -232,8 +243,8 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetVariantData(SAFEARRAY** cells, uint32_t 
 TOLVENAR_API int16_t TOLVENAR_CDECL XLSGetVariantData(uint32_t unused, SAFEARRAY** cells);
 
 /* Puts the XF indices of a worksheet's cells into a two-dimensional array of 16-bit integers (or wider), as
- * XLGetVariantData puts the values. Cells that hold a shared string are left out, on purpose. Result: as
- * XLGetVariantData. */
+ * XLGetVariantData puts the values. Cells that hold a shared string are left out, on purpose.
+ * Result: as XLGetVariantData. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetCellData(SAFEARRAY** cells, uint32_t buffer, uint32_t table,
                                                  int16_t sheet);
 
