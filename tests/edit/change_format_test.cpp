@@ -123,8 +123,14 @@ TEST_F(ChangeFormatTest, OtherSheets_AreLeftAlone) {
                                                                          .Stream());
 }
 
-TEST_F(ChangeFormatTest, NegativeRowOrColumn_KeepsItsFormat) {
-  Open(Sheet(6).Blank(0xFFFF, 1, 15).Blank(1, 0xFFFF, 15).Blank(0x8000, 0x8000, 15));
+TEST_F(ChangeFormatTest, RowAndColumn_AreSigned) {
+  Open(Sheet(6).Blank(1, 0xFFFF, 15).Blank(0xFFFF, 21, 15));
+  EXPECT_EQ(Change(), 1u);
+  EXPECT_EQ(Cells(), StreamBuilder().Blank(1, 0xFFFF, 119).Blank(0xFFFF, 21, 101).Stream());
+}
+
+TEST_F(ChangeFormatTest, EntryInFrontOfTheMatrix_KeepsTheFormat) {
+  Open(Sheet(6).Blank(0xFFFF, 19, 15).Blank(0, 0xFFFF, 15).Blank(0x8000, 0x8000, 15));
   EXPECT_EQ(Change(), 1u);
   ExpectUntouched();
 }
