@@ -292,6 +292,14 @@ TEST_F(FindCellTest, SearchStopsAtTheSheetsEofEvenWhenItIsNotTheLimit) {
   EXPECT_EQ(Find(2, 4), 0);
 }
 
+TEST_F(FindCellTest, SearchStopsExactlyAtTheEndOfTheTable) {
+  StreamBuilder book = Sheet(6).Row(0).Number(0, 0, 15, 1.0).Number(0, 3, 15, 1.0);
+  Open(book);
+  PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, book.Last());
+  EXPECT_EQ(Find(1, 1), Found(book.Last() - kNumberSize));
+  EXPECT_EQ(Find(1, 4), Before(book.Last()));
+}
+
 TEST_F(FindCellTest, SearchFollowsADetour) {
   StreamBuilder book = Sheet(6).Row(0);
   const uint32_t detour = book.Here();
