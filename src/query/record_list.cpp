@@ -66,7 +66,7 @@ int16_t XLGetList(uint32_t buffer, int32_t size, int32_t* count, SAFEARRAY** off
   const Block block = OpenBlock(buffer);
   if (block.extent == 0) return kNoBuffer;
   int32_t listed = 0;
-  const ListArrays arrays = {ArrayAt(offsets), ArrayAt(types), ArrayAt(images), ArrayAt(lengths)};
+  const ListArrays arrays = {ArrayAt(offsets, 1), ArrayAt(types, 1), ArrayAt(images, 1), ArrayAt(lengths, 1)};
   // size - 1, in 32 bits that wrap.
   const int32_t limit = static_cast<int32_t>(static_cast<uint32_t>(size) - 1);
   const int16_t result = limit < 1 ? kListed : ListRecords(block, limit, &listed, arrays);

@@ -40,7 +40,7 @@ int16_t XLNumStrExt(uint32_t buffer, uint32_t table);
 // same string, and so a bucket of 0 does no harm. A null `index` counts as 0. An index below 1 reads
 // string 0.
 // Nothing is put when the buffer is no live block, when the pool has no block for the text, or when the
-// array refuses it. A string of more characters than 16 signed bits hold puts an empty text.
+// array refuses it or has more than two dimensions. A string of more characters than 16 signed bits hold puts an empty text.
 void XLEXTLabel(uint32_t buffer, const int32_t* index, const int16_t* bucket, int32_t sst_offset,
                 SAFEARRAY** cells, int32_t record_offset);
 

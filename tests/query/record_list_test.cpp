@@ -148,6 +148,20 @@ TEST_F(RecordList, ArraysThatAreShortOrMissing_AreFilledAsFarAsTheyGo) {
   EXPECT_EQ(XLGetList(buffer, n, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
 }
 
+// An index that isn't there must not be read: the sanitized build tells.
+TEST_F(RecordList, ArraysOfSeveralDimensions_ArePassedOver) {
+  TestArray offsets(VT_I4, 1, 5, 0, 9), images(VT_BSTR, 1, 5, 0, 9);
+  uint32_t size = 0;
+  const uint32_t buffer = StreamBuilder().Bof(6).Eof().Load(&size);
+  EXPECT_EQ(XLGetList(buffer, static_cast<int32_t>(size), &count_, offsets.Ref(), types_.Ref(), images.Ref(),
+                      lengths_.Ref()),
+            0);
+  EXPECT_EQ(count_, 3);
+  EXPECT_EQ(types_.NumberAt(3), 0xF8);
+  EXPECT_EQ(images.AllText().find_first_of("\x09\xF8"), std::string::npos);
+  for (LONG column = 0; column <= 9; ++column) EXPECT_EQ(offsets.NumberAt(2, column), 0);
+}
+
 #if !defined(_WIN32)
 TEST_F(RecordList, ImagesAsVariants) {
   TestArray images(VT_VARIANT, 1, 5);
