@@ -138,6 +138,36 @@ TEST_F(SheetCatalogue, NameSheet_BiffFiveNamesComeOutShifted) {
   EXPECT_EQ(length, 4);
 }
 
+TEST_F(SheetCatalogue, NameSheet_BiffFiveLaterEntriesAreMisplaced) {
+  // The second entry is looked for a byte too far: its name's first byte is taken for the length, and the name
+  // begins with its third.
+  StreamBuilder stream;
+  stream.Bof(5).Record(0x0085, U32(0) + U16(0) + Bytes{4} + Text("Data"));
+  stream.Record(0x0085, U32(0) + U16(0) + Bytes{5} + Bytes{3} + Text("next")).Eof();
+  const uint32_t bof = stream.Here();
+  stream.Bof(5, kWorksheet).Eof();
+  Bytes bytes = stream.Stream();
+  WriteU32(bytes.data() + 12 + kBoundSheetBof, bof);
+  WriteU32(bytes.data() + 27 + kBoundSheetBof, bof);
+  Load(StreamBuilder().Raw(bytes), kBiff5);
+  int16_t length = 0;
+  EXPECT_EQ(NameOf(2, &length), Packed("ext"));
+  EXPECT_EQ(length, 3);
+}
+
+TEST_F(SheetCatalogue, NameSheet_StridesByTheNamesLength_NotByTheRecords) {
+  StreamBuilder stream;
+  stream.Bof(6).Record(0x0085, U32(0) + U16(0) + Bytes{1, 0, 'A'} + Bytes(10) + Bytes{2, 0, 'x', 'y'});
+  stream.Record(0x0085, U32(0) + U16(0) + Bytes{1, 0, 'B'}).Eof();
+  const uint32_t bof = stream.Here();
+  stream.Bof(6, kWorksheet).Eof();
+  Bytes bytes = stream.Stream();
+  for (uint32_t entry : {20u, 47u}) WriteU32(bytes.data() + entry + kBoundSheetBof, bof);
+  Load(StreamBuilder().Raw(bytes));
+  EXPECT_EQ(NameOf(1), Packed("A"));
+  EXPECT_EQ(NameOf(2), Packed("xy"));
+}
+
 TEST_F(SheetCatalogue, NameSheet_FindsTheFirstEntryThroughADetour_ButFollowsNoneAfterIt) {
   Load(OneSheet().Eof());
   const uint32_t entry = StreamBuilder().Bof(6).Here();
