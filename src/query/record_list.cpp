@@ -50,7 +50,8 @@ bool ListRecord(const Block& block, uint32_t at, LONG index, const ListArrays& a
 
 int16_t ListRecords(const Block& block, int32_t limit, int32_t* count, const ListArrays& arrays) {
   for (Walk walk = StartWalk(block, 0); static_cast<int32_t>(walk.at) < limit && !walk.ended; Step(&walk)) {
-    if (At(block, walk.at, kHeaderSize) == nullptr) break;  // a jump out of the block
+    // A jump to a negative offset is below the limit, but out of the block.
+    if (At(block, walk.at, 1) == nullptr) break;
     const LONG index = static_cast<int16_t>(*count) + 1;
     if (!ListRecord(block, walk.at, index, arrays)) return kNoImage;
     ++*count;

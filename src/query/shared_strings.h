@@ -13,8 +13,8 @@
 //
 // Invariants: (1) A string has no shape of its own: it is read as wide or rich as the string before it is
 // flagged, and string 0 as neither. That is how this reader works, on purpose. (2) A string takes at
-// least 3 bytes, so one whose number is beyond what the block has room for lies outside the block, where
-// everything reads as an empty text.
+// least 3 bytes, unless its counts are negative, so one whose number is beyond what the block has room for
+// counts as lying outside the block, where everything reads as an empty text. That bounds the walk too.
 #pragma once
 
 #include <cstdint>

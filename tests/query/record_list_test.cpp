@@ -1,6 +1,8 @@
 // Record list: what XLGetList puts for each record, and where it stops.
 #include "query/record_list.h"
 
+#include <cstring>
+
 #include "support/book_fixture.h"
 #include "support/test_array.h"
 
@@ -219,6 +221,18 @@ TEST_F(RecordList, Rings_End) {
     EXPECT_EQ(offsets_.NumberAt(4), 12);
     MEMORYFREE(&buffer_);
   }
+}
+
+TEST_F(RecordList, HeaderCutByTheEndOfTheSlot_IsListedWithZeros) {
+  const uint32_t buffer = MEMORYALLOC(256);
+  const Bytes stream = (StreamBuilder().Record(0x0042, Bytes(250)).Raw({0x43, 0x10})).Stream();
+  std::memcpy(BlockBytes(buffer), stream.data(), 256);
+  EXPECT_EQ(List(buffer, 256), 0);
+  EXPECT_EQ(count_, 2);
+  EXPECT_EQ(offsets_.NumberAt(2), 254);
+  EXPECT_EQ(types_.NumberAt(2), 0x143);
+  EXPECT_EQ(lengths_.NumberAt(2), 4);
+  EXPECT_EQ(images_.TextAt(2), std::string("\x43\x10\0\0", 4));
 }
 
 TEST_F(RecordList, JumpOutOfTheBlock_EndsTheList) {
