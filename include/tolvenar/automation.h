@@ -100,6 +100,10 @@ enum VARENUM {
   VT_BYREF = 0x4000
 };
 
+/* An array. A host uses the functions below; the layout is the library's own. */
+typedef struct tagSAFEARRAY SAFEARRAY;
+
+/* A value. A VT_DISPATCH or VT_UNKNOWN is carried as a bare pointer: there are no interfaces to count references of here. */
 typedef struct tagVARIANT {
   VARTYPE vt;
   uint16_t wReserved1;
@@ -120,6 +124,7 @@ typedef struct tagVARIANT {
     DATE date;
     BSTR bstrVal;
     BSTR* pbstrVal;
+    SAFEARRAY* parray;
     void* byref;
   };
 } VARIANT;
@@ -130,35 +135,69 @@ typedef struct tagSAFEARRAYBOUND {
   LONG lLbound;
 } SAFEARRAYBOUND;
 
-/* An array. A host uses the functions below; the layout is the library's own. */
-typedef struct tagSAFEARRAY SAFEARRAY;
-
-/* Text. A null source gives zeroed text of the length asked for; a length that can't be had gives null. */
+/* Text. All lengths leave the zero unit behind the text out; SysFreeString releases, and null is fine for it.
+ *
+ * SysAllocString copies up to the first zero unit; null gives null. SysAllocStringLen copies `units` units and SysAllocStringByteLen
+ * `count` bytes, zeros among them included; `count` may be odd. For these two a null source gives zeroed text of the length asked
+ * for. Result: text of the caller's; null when it can't be had, as from 0x7FFFFFFF bytes on. */
 TOLVENAR_API BSTR SysAllocString(const OLECHAR* text);
 TOLVENAR_API BSTR SysAllocStringLen(const OLECHAR* text, UINT units);
 TOLVENAR_API BSTR SysAllocStringByteLen(const char* bytes, UINT count);
 TOLVENAR_API void SysFreeString(BSTR text);
+
+/* The length of a text in units, or in bytes; 0 for null. */
 TOLVENAR_API UINT SysStringLen(BSTR text);
 TOLVENAR_API UINT SysStringByteLen(BSTR text);
 
-/* Values. */
+/* Makes *value a VT_EMPTY, whatever it held: nothing is released. */
 TOLVENAR_API void VariantInit(VARIANT* value);
+
+/* Releases the text or the array that *value owns, and makes it a VT_EMPTY. What a VT_BYREF points at is not released.
+ * Result: S_OK; E_INVALIDARG for null; DISP_E_BADVARTYPE; DISP_E_ARRAYISLOCKED. *value is untouched after a failure. */
 TOLVENAR_API HRESULT VariantClear(VARIANT* value);
+
+/* Clears *to and makes it a copy of *from; text and arrays are copied, what a VT_BYREF points at is not. A value copied to itself
+ * stays as it is. Result: S_OK; E_INVALIDARG for null; DISP_E_BADVARTYPE, for either; DISP_E_ARRAYISLOCKED, for *to; these leave
+ * *to untouched. E_OUTOFMEMORY leaves it VT_EMPTY. */
 TOLVENAR_API HRESULT VariantCopy(VARIANT* to, const VARIANT* from);
 
 /* Arrays. Element types: VT_I2, VT_I4, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BSTR, VT_ERROR, VT_BOOL, VT_VARIANT, VT_UI1, VT_UI2,
- * VT_UI4. What a put reads and a get writes: for VT_BSTR the BSTR itself is put, and got through a BSTR*; for all others the
- * address of the element. */
+ * VT_UI4. Every function that gives an HRESULT gives E_INVALIDARG where it is handed a null pointer. */
+
+/* Makes an array of zeroed elements with 1 to 64 dimensions; bounds[0] belongs to dimension 1, and a dimension may have no
+ * elements. Result: the array, to be released with SafeArrayDestroy; null for another element type or number of dimensions, for
+ * elements of 4 GiB and more, for an upper bound that is no LONG, and when there is no memory. */
 TOLVENAR_API SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds);
+
+/* The same for one dimension. */
 TOLVENAR_API SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower, ULONG count);
+
+/* Releases an array and all text, values and arrays in it. Result: S_OK, also for null; DISP_E_ARRAYISLOCKED: it is still there. */
 TOLVENAR_API HRESULT SafeArrayDestroy(SAFEARRAY* array);
+
+/* The number of dimensions, and the bytes of one element; 0 for null. */
 TOLVENAR_API UINT SafeArrayGetDim(SAFEARRAY* array);
+TOLVENAR_API UINT SafeArrayGetElemsize(SAFEARRAY* array);
+
+/* Store the first or the last index of a dimension, counted from 1. Result: S_OK; DISP_E_BADINDEX: there is no such dimension. */
 TOLVENAR_API HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* lower);
 TOLVENAR_API HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* upper);
+
+/* Stores the type of the elements. Result: S_OK. */
 TOLVENAR_API HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* type);
-TOLVENAR_API UINT SafeArrayGetElemsize(SAFEARRAY* array);
+
+/* Stores a copy of an element: at a BSTR* for VT_BSTR, at a VARIANT* for VT_VARIANT. What *element held is not released.
+ * Result: S_OK; DISP_E_BADINDEX: *element is untouched; E_OUTOFMEMORY and, for a VARIANT of no known type, DISP_E_BADVARTYPE:
+ * *element is null or VT_EMPTY. */
 TOLVENAR_API HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* indices, void* element);
+
+/* Puts a copy of `element`, which is the BSTR itself for VT_BSTR (null may be put), for all others the address of the element. The
+ * old element is released. Result: S_OK; DISP_E_BADINDEX; E_OUTOFMEMORY; of a VT_VARIANT also DISP_E_BADVARTYPE and, where the old
+ * element holds a locked array, DISP_E_ARRAYISLOCKED. The old element stays after a failure. */
 TOLVENAR_API HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* indices, void* element);
+
+/* Lock an array against its release, and let it go again; AccessData also stores the address of the first element. Locks are
+ * counted, up to 65535. Result: S_OK; E_UNEXPECTED: one lock too many, or one unlock. */
 TOLVENAR_API HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data);
 TOLVENAR_API HRESULT SafeArrayUnaccessData(SAFEARRAY* array);
 TOLVENAR_API HRESULT SafeArrayLock(SAFEARRAY* array);
