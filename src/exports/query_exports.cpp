@@ -9,8 +9,8 @@
 
 extern "C" {
 
-int16_t TOLVENAR_CALL XLGetList(uint32_t buffer, int32_t size, int32_t* count, SAFEARRAY** offsets, SAFEARRAY** types,
-                                SAFEARRAY** images, SAFEARRAY** lengths) {
+int16_t TOLVENAR_CALL XLGetList(uint32_t buffer, int32_t size, int32_t* count, SAFEARRAY** offsets,
+                                SAFEARRAY** types, SAFEARRAY** images, SAFEARRAY** lengths) {
   return tolvenar::XLGetList(buffer, size, count, offsets, types, images, lengths);
 }
 
@@ -30,8 +30,8 @@ int16_t TOLVENAR_CALL XLGetNameSheet(uint32_t buffer, uint32_t table, int16_t sh
   return tolvenar::XLGetNameSheet(buffer, table, sheet, name);
 }
 
-uint32_t TOLVENAR_CALL XLGetSheetParam(uint32_t buffer, uint32_t table, int16_t sheet, uint32_t unused1, uint32_t unused2,
-                                       uint32_t unused3, uint32_t unused4) {
+uint32_t TOLVENAR_CALL XLGetSheetParam(uint32_t buffer, uint32_t table, int16_t sheet, uint32_t unused1,
+                                       uint32_t unused2, uint32_t unused3, uint32_t unused4) {
   return tolvenar::XLGetSheetParam(buffer, table, sheet, unused1, unused2, unused3, unused4);
 }
 
@@ -47,13 +47,13 @@ int16_t TOLVENAR_CALL XLNumStrExt(uint32_t buffer, uint32_t table) {
   return tolvenar::XLNumStrExt(buffer, table);
 }
 
-void TOLVENAR_CDECL XLEXTLabel(uint32_t buffer, int32_t* index, int16_t* bucket, int32_t sstOffset, SAFEARRAY** cells,
-                               int32_t recordOffset) {
+void TOLVENAR_CDECL XLEXTLabel(uint32_t buffer, int32_t* index, int16_t* bucket, int32_t sstOffset,
+                               SAFEARRAY** cells, int32_t recordOffset) {
   tolvenar::XLEXTLabel(buffer, index, bucket, sstOffset, cells, recordOffset);
 }
 
-int16_t TOLVENAR_CALL XLGetSheetSize(uint32_t buffer, uint32_t table, int16_t sheet, uint16_t* firstRow, uint16_t* lastRow,
-                                     uint16_t* firstCol, uint16_t* lastCol) {
+int16_t TOLVENAR_CALL XLGetSheetSize(uint32_t buffer, uint32_t table, int16_t sheet, uint16_t* firstRow,
+                                     uint16_t* lastRow, uint16_t* firstCol, uint16_t* lastCol) {
   return tolvenar::XLGetSheetSize(buffer, table, sheet, firstRow, lastRow, firstCol, lastCol);
 }
 

@@ -16,7 +16,9 @@ void PutXf(SAFEARRAY* array, Element element, uint16_t xf) {
 
 // The XFs of a run whose cells take `width` bytes each.
 void PutRunXfs(const Block& block, uint32_t at, uint32_t width, SAFEARRAY* array, ColumnRange columns) {
-  ForEachRunCell(block, at, columns, [&](Element element, uint32_t i) { PutXf(array, element, U16At(block, at + kCellXf + width * i)); });
+  ForEachRunCell(block, at, columns, [&](Element element, uint32_t i) {
+    PutXf(array, element, U16At(block, at + kCellXf + width * i));
+  });
 }
 
 void PutCellXf(const Block& block, uint32_t at, SAFEARRAY* array, ColumnRange columns) {
@@ -48,7 +50,8 @@ int16_t XLGetCellData(SAFEARRAY** cells, uint32_t buffer, uint32_t table, int16_
   if (check != kCellsRead) return check;
   const Block block = OpenBlock(buffer);
   const ColumnRange columns = ColumnsOf(array);
-  ForEachSheetRecord(block, ExtentOfSheet(OpenBlock(table), sheet), [&](uint32_t at) { PutCellXf(block, at, array, columns); });
+  ForEachSheetRecord(block, ExtentOfSheet(OpenBlock(table), sheet),
+                     [&](uint32_t at) { PutCellXf(block, at, array, columns); });
   return kCellsRead;
 }
 

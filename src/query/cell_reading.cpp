@@ -12,7 +12,9 @@ namespace {
 bool Covers(SAFEARRAY* array, UINT dimension, uint16_t first, uint16_t last) {
   LONG lower = 0;
   LONG upper = 0;
-  if (FAILED(SafeArrayGetLBound(array, dimension, &lower)) || FAILED(SafeArrayGetUBound(array, dimension, &upper))) return false;
+  if (FAILED(SafeArrayGetLBound(array, dimension, &lower)) ||
+      FAILED(SafeArrayGetUBound(array, dimension, &upper)))
+    return false;
   return lower <= static_cast<int16_t>(first) && upper >= static_cast<int16_t>(last);
 }
 
@@ -28,9 +30,11 @@ int16_t CheckCellRead(SAFEARRAY* array, uint32_t buffer, uint32_t table, int16_t
   uint16_t last_row = static_cast<uint16_t>(INT16_MIN);
   uint16_t first_col = first_row;
   uint16_t last_col = last_row;
-  if (XLGetSheetSize(buffer, table, sheet, &first_row, &last_row, &first_col, &last_col) != 0) return kCellsNoWorksheet;
+  if (XLGetSheetSize(buffer, table, sheet, &first_row, &last_row, &first_col, &last_col) != 0)
+    return kCellsNoWorksheet;
   if (SafeArrayGetDim(array) != 2) return kCellsNotTwoDimensions;
-  if (!Covers(array, 1, first_row, last_row) || !Covers(array, 2, first_col, last_col)) return kCellsArrayTooSmall;
+  if (!Covers(array, 1, first_row, last_row) || !Covers(array, 2, first_col, last_col))
+    return kCellsArrayTooSmall;
   // These two stay in the ladder though codes 1 and 3 come first, on purpose.
   if (table == 0) return kCellsNoTable;
   if (buffer == 0) return kCellsNoBuffer;

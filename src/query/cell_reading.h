@@ -27,10 +27,12 @@ constexpr int16_t kCellsNoTable = 7;
 constexpr int16_t kCellsNoBuffer = 8;
 
 // Whether the cells of sheet `sheet` can be read into `array`.
-// RESULT 1: the table is null or has no sheets. 2: sheet above the count and not above 0, which takes a negative count. 3: no such sheet,
-// null buffer, or no worksheet. 4: the array has not two dimensions, or is null. 5: it does not cover the used range, dimension 1 the
-// rows and dimension 2 the columns, bounds and range compared as signed values; or its bounds can't be had. 7, 8: can't happen. 0: yes.
-// A sheet without DIMENSIONS has no range to be covered: every array passes, and refuses the cells that it has no element for.
+// RESULT 1: the table is null or has no sheets. 2: sheet above the count and not above 0, which takes a
+// negative count. 3: no such sheet, null buffer, or no worksheet. 4: the array has not two dimensions, or
+// is null. 5: it does not cover the used range, dimension 1 the rows and dimension 2 the columns, bounds
+// and range compared as signed values; or its bounds can't be had. 7, 8: can't happen. 0: yes. A sheet
+// without DIMENSIONS has no range to be covered: every array passes, and refuses the cells that it has no
+// element for.
 int16_t CheckCellRead(SAFEARRAY* array, uint32_t buffer, uint32_t table, int16_t sheet);
 
 // The columns of an array: the bounds of its dimension 2.
@@ -40,8 +42,9 @@ struct ColumnRange {
 };
 ColumnRange ColumnsOf(SAFEARRAY* array);
 
-// Calls `visit(element, i)` for each cell i (0 for the first) of the run at `at` that has an element within `columns`. Columns are unsigned
-// here, unlike those of single cells. A run whose first column is above its last has no cells.
+// Calls `visit(element, i)` for each cell i (0 for the first) of the run at `at` that has an element
+// within `columns`. Columns are unsigned here, unlike those of single cells. A run whose first column is
+// above its last has no cells.
 template <typename Visit>
 void ForEachRunCell(const Block& block, uint32_t at, ColumnRange columns, Visit visit) {
   const LONG first = U16At(block, at + kCellColumn) + 1;

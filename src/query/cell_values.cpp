@@ -19,7 +19,8 @@ constexpr char kTextError[] = "ERROR";
 constexpr char kTextFalse[] = "FALSE";
 constexpr char kTextTrue[] = " TRUE";
 constexpr int32_t kFixedTextLength = 5;
-static_assert(sizeof kTextError == kFixedTextLength + 1 && sizeof kTextFalse == sizeof kTextError && sizeof kTextTrue == sizeof kTextError);
+static_assert(sizeof kTextError == kFixedTextLength + 1 && sizeof kTextFalse == sizeof kTextError &&
+              sizeof kTextTrue == sizeof kTextError);
 
 constexpr uint16_t kNoNumber = 0xFFFF;  // in kFormulaResultTag
 constexpr uint8_t kResultText = 0;
@@ -70,8 +71,9 @@ void PutFormulaNumber(const CellReader& reader, uint32_t at) {
   platform::PutVariant(reader.array, element.index, &number);
 }
 
-// The text of a formula is the whole payload of the STRING record that follows it, so that the count (and BIFF8's flags) lead the text, on
-// purpose. The record is told by its low byte alone. When another one follows, a jump included, the cell is left alone.
+// The text of a formula is the whole payload of the STRING record that follows it, so that the count (and
+// BIFF8's flags) lead the text, on purpose. The record is told by its low byte alone. When another one
+// follows, a jump included, the cell is left alone.
 void PutFormulaString(const CellReader& reader, uint32_t at) {
   const uint32_t next = NextRecord(reader.block, at);
   if (U8At(reader.block, next) != kLowString) return;
@@ -90,8 +92,8 @@ void PutFormula(const CellReader& reader, uint32_t at) {
   PutTextVariant(reader, at, ByteBstr(kind == kResultError ? kTextError : kTextFalse, kFixedTextLength));
 }
 
-// BIFF8's flag byte is skipped and not looked at, on purpose: of a two-byte label the first cch bytes come out as they stand. In neither
-// generation the text is cch zeros.
+// BIFF8's flag byte is skipped and not looked at, on purpose: of a two-byte label the first cch bytes
+// come out as they stand. In neither generation the text is cch zeros.
 void PutLabel(const CellReader& reader, uint32_t at) {
   const uint16_t length = U16At(reader.block, at + kLabelLength);
   if (!PoolHasRoom(length + 1)) return;
@@ -106,7 +108,8 @@ void PutRString(const CellReader& reader, uint32_t at) {
   PutTextVariant(reader, at, ByteBstr(reader.block, at + kLabelText, length));
 }
 
-// The table of strings is looked for at the first cell that needs it; its place can't change within a read.
+// The table of strings is looked for at the first cell that needs it; its place can't change within a
+// read.
 void PutLabelSst(CellReader* reader, uint32_t at) {
   SharedStringReader& strings = reader->strings;
   if (strings.block.extent == 0) {
@@ -152,8 +155,9 @@ void PutCell(CellReader* reader, uint32_t at) {
 }  // namespace
 
 double RkNumber(uint32_t rk) {
-  const double number = (rk & kRkInteger) != 0 ? static_cast<double>(static_cast<int32_t>(rk) >> 2)
-                                               : std::bit_cast<double>(static_cast<uint64_t>(rk & kRkNumberBits) << 32);
+  const double number = (rk & kRkInteger) != 0
+                            ? static_cast<double>(static_cast<int32_t>(rk) >> 2)
+                            : std::bit_cast<double>(static_cast<uint64_t>(rk & kRkNumberBits) << 32);
   return (rk & kRkTimes100) != 0 ? number * 0.01 : number;
 }
 
@@ -162,7 +166,8 @@ int16_t XLGetVariantData(SAFEARRAY** cells, uint32_t buffer, uint32_t table, int
   const int16_t check = CheckCellRead(array, buffer, table, sheet);
   if (check != kCellsRead) return check;
   CellReader reader = {OpenBlock(buffer), buffer, table, array, ColumnsOf(array), {}};
-  ForEachSheetRecord(reader.block, ExtentOfSheet(OpenBlock(table), sheet), [&](uint32_t at) { PutCell(&reader, at); });
+  ForEachSheetRecord(reader.block, ExtentOfSheet(OpenBlock(table), sheet),
+                     [&](uint32_t at) { PutCell(&reader, at); });
   return kCellsRead;
 }
 

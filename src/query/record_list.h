@@ -13,13 +13,15 @@
 
 namespace tolvenar {
 
-// Lists the records of `buffer` (`size` bytes) in the order of the walk, the private ones included, up to the BUFEND or the end of the
-// buffer. *count is their number. An element that an array refuses, or a null array, is passed over.
-// An image is handed over as a BSTR that an array of VT_BSTR takes, and off Windows one of VT_VARIANT too. The element of a record whose
-// size overflows 16 signed bits is an empty text.
-// RESULT 0: done; also for a size of 1 or less, with a count of 0. 1: null buffer, or one that is no live block; *count is not touched.
-// 10: the pool has no block for an image; the arrays and *count stand as far as they were filled.
-int16_t XLGetList(uint32_t buffer, int32_t size, int32_t* count, SAFEARRAY** offsets, SAFEARRAY** types, SAFEARRAY** images,
-                  SAFEARRAY** lengths);
+// Lists the records of `buffer` (`size` bytes) in the order of the walk, the private ones included, up to
+// the BUFEND or the end of the buffer. *count is their number. An element that an array refuses, or a
+// null array, is passed over. An image is handed over as a BSTR that an array of VT_BSTR takes, and off
+// Windows one of VT_VARIANT too. The element of a record whose size overflows 16 signed bits is an empty
+// text.
+// RESULT 0: done; also for a size of 1 or less, with a count of 0. 1: null buffer, or one that is no live
+// block; *count is not touched. 10: the pool has no block for an image; the arrays and *count stand as
+// far as they were filled.
+int16_t XLGetList(uint32_t buffer, int32_t size, int32_t* count, SAFEARRAY** offsets, SAFEARRAY** types,
+                  SAFEARRAY** images, SAFEARRAY** lengths);
 
 }  // namespace tolvenar

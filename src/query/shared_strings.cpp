@@ -14,7 +14,8 @@ namespace {
 
 constexpr int32_t kReachableStrings = INT16_MAX + 1;  // a cell's index is a signed 16-bit value
 
-// The place of the string behind the one at `at`. Counts are signed, so a damaged table can lead backwards.
+// The place of the string behind the one at `at`. Counts are signed, so a damaged table can lead
+// backwards.
 StringPlace NextString(const Block& block, uint32_t at) {
   const uint8_t flags = U8At(block, at + kSharedFlags);
   const bool wide = (flags & kSharedWide) != 0;
@@ -76,13 +77,15 @@ BSTR NarrowedBstr(const Block& block, uint32_t text, int16_t n) {
 // Puts the string at `place`. Its own flags are not looked at, on purpose: `place` says how it is read.
 void PutString(const Block& block, const StringPlace& place, SAFEARRAY* array, uint32_t record) {
   const int16_t length = I16At(block, place.at + kSharedLength);
-  // Twice the length of a wide string, in 16 bits. Its text thus runs on for as many characters behind it, on purpose.
+  // Twice the length of a wide string, in 16 bits. Its text thus runs on for as many characters behind
+  // it, on purpose.
   const int16_t n = place.wide ? static_cast<int16_t>(2 * length) : length;
   if (!PoolHasRoom(place.wide ? 4 * length : length)) return;
   // A rich text is read 2 bytes behind where it begins, on purpose.
   const uint32_t text = place.at + (place.rich ? kSharedTextRich + 2 : kSharedText);
   Element element = ElementOf(block, record);
-  platform::PutOwnedBstr(array, element.index, place.wide ? NarrowedBstr(block, text, n) : ByteBstr(block, text, n));
+  platform::PutOwnedBstr(array, element.index,
+                         place.wide ? NarrowedBstr(block, text, n) : ByteBstr(block, text, n));
 }
 
 }  // namespace
@@ -108,11 +111,12 @@ int16_t XLNumStrExt(uint32_t buffer, uint32_t table) {
   return static_cast<int16_t>(found);
 }
 
-void XLEXTLabel(uint32_t buffer, const int32_t* index, const int16_t* /*bucket*/, int32_t sst_offset, SAFEARRAY** cells,
-                int32_t record_offset) {
+void XLEXTLabel(uint32_t buffer, const int32_t* index, const int16_t* /*bucket*/, int32_t sst_offset,
+                SAFEARRAY** cells, int32_t record_offset) {
   const Block block = OpenBlock(buffer);
   if (block.extent == 0) return;
-  const StringPlace place = WalkToString(block, static_cast<uint32_t>(sst_offset), index != nullptr ? *index : 0);
+  const StringPlace place =
+      WalkToString(block, static_cast<uint32_t>(sst_offset), index != nullptr ? *index : 0);
   PutString(block, place, ArrayAt(cells), static_cast<uint32_t>(record_offset));
 }
 

@@ -68,8 +68,8 @@ int16_t XLGetNameSheet(uint32_t buffer, uint32_t table, int16_t sheet, BSTR* nam
   return found.length;
 }
 
-uint32_t XLGetSheetParam(uint32_t buffer, uint32_t table, int16_t sheet, uint32_t /*unused1*/, uint32_t /*unused2*/,
-                         uint32_t /*unused3*/, uint32_t /*unused4*/) {
+uint32_t XLGetSheetParam(uint32_t buffer, uint32_t table, int16_t sheet, uint32_t /*unused1*/,
+                         uint32_t /*unused2*/, uint32_t /*unused3*/, uint32_t /*unused4*/) {
   const Block entries = OpenBlock(table);
   if (entries.extent == 0) return 0;
   const uint32_t begin = TableEntry(entries, kTableGlobalsBegin);

@@ -49,8 +49,8 @@ void Give(uint16_t* out, uint32_t value) {
 
 }  // namespace
 
-int16_t XLGetSheetSize(uint32_t buffer, uint32_t table, int16_t sheet, uint16_t* first_row, uint16_t* last_row, uint16_t* first_col,
-                       uint16_t* last_col) {
+int16_t XLGetSheetSize(uint32_t buffer, uint32_t table, int16_t sheet, uint16_t* first_row,
+                       uint16_t* last_row, uint16_t* first_col, uint16_t* last_col) {
   const Block entries = OpenBlock(table);
   if (entries.extent == 0) return kNoTable;
   if (sheet > TableCount(entries) || sheet < 1) return kNoSheet;
