@@ -3,11 +3,12 @@
  * On Windows these are the system's own, and this header only includes the system's. Everywhere else the
  * library brings them itself, under the names, numbers and result values that hosts know from there:
  *
- *   BSTR       text of 16-bit units; a u32 byte length stands in front of it, a zero unit behind it. A null
- * BSTR is empty text. VARIANT    16 bytes: u16 vt, three reserved u16, an 8-byte union at offset 8. SAFEARRAY
- * an array with bounds of its own. Bounds are given and asked for by dimension, from 1. The first entry of an
- * index vector belongs to dimension 1, and dimension 1 varies fastest in memory. A put copies a BSTR or a
- * VARIANT, a get hands out a copy that is the caller's to release.
+ *   BSTR        text of 16-bit units; a u32 byte length stands in front of it, a zero unit behind it. A null
+ *               BSTR is empty text.
+ *   VARIANT     16 bytes: u16 vt, three reserved u16, an 8-byte union at offset 8.
+ *   SAFEARRAY   an array with bounds of its own, given and asked for by dimension, from 1. The first entry
+ *               of an index vector belongs to dimension 1, and dimension 1 varies fastest in memory. A put
+ *               copies a BSTR or a VARIANT, a get hands out a copy that is the caller's to release.
  *
  * Compiles as C11 and as C++17.
  */
@@ -46,6 +47,9 @@ typedef int16_t VARIANT_BOOL;
 typedef double DATE;
 typedef char16_t OLECHAR;
 typedef OLECHAR* BSTR;
+
+/* A literal of OLECHAR units: OLESTR("text"). */
+#define OLESTR(literal)      u##literal
 
 /* A currency value: a count of ten-thousandths. */
 typedef struct tagCY {
@@ -166,7 +170,7 @@ TOLVENAR_API HRESULT VariantCopy(VARIANT* to, const VARIANT* from);
 
 /* Arrays. Element types: VT_I2, VT_I4, VT_R4, VT_R8, VT_CY, VT_DATE, VT_BSTR, VT_ERROR, VT_BOOL, VT_VARIANT,
  * VT_UI1, VT_UI2, VT_UI4. Every function that gives an HRESULT gives E_INVALIDARG where it is handed a null
- * pointer. */
+ * pointer, other than those that take null. */
 
 /* Makes an array of zeroed elements with 1 to 64 dimensions; bounds[0] belongs to dimension 1, and a
  * dimension may have no elements. Result: the array, to be released with SafeArrayDestroy; null for another

@@ -5,7 +5,7 @@
 //        4     n  text: what the BSTR points at
 //    4 + n  2, 3  zeros: a zero unit behind the text, and behind the half unit that ends a text of odd length
 //
-// A length that reaches kMaxBytes is refused, so no sum here can wrap.
+// A length above kMaxBytes is refused, so no sum here can wrap.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>

@@ -78,6 +78,12 @@ void ReleaseElements(SAFEARRAY* array) {
   }
 }
 
+void Release(SAFEARRAY* array) {
+  ReleaseElements(array);
+  std::free(array->data);
+  delete array;
+}
+
 // Copies all elements between arrays of the same type and bounds; those of `to` are zeroed before.
 HRESULT CopyElements(SAFEARRAY* from, SAFEARRAY* to) {
   using namespace tolvenar::platform;
@@ -123,7 +129,7 @@ HRESULT DuplicateArray(SAFEARRAY* array, SAFEARRAY** copy) {
   if (made == nullptr) return E_OUTOFMEMORY;
   const HRESULT result = CopyElements(array, made);
   if (FAILED(result)) {
-    SafeArrayDestroy(made);
+    Release(made);
     return result;
   }
   *copy = made;
@@ -156,9 +162,7 @@ SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower, ULONG count) {
 HRESULT SafeArrayDestroy(SAFEARRAY* array) {
   if (array == nullptr) return S_OK;
   if (array->locks != 0) return DISP_E_ARRAYISLOCKED;
-  ReleaseElements(array);
-  std::free(array->data);
-  delete array;
+  Release(array);
   return S_OK;
 }
 

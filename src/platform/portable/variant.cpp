@@ -7,6 +7,7 @@
 //   VT_BSTR                   the text
 //   all others                nothing; the 16 bytes are the value
 #include <cstddef>
+#include <cstring>
 
 #include "platform/portable/duplicate.h"
 #include "tolvenar/automation.h"
@@ -54,8 +55,9 @@ HRESULT DuplicateVariant(const VARIANT& from, VARIANT* copy) {
 
 extern "C" {
 
+// All 16 bytes: an empty initialiser would leave most of the union as it was.
 void VariantInit(VARIANT* value) {
-  if (value != nullptr) *value = VARIANT{};
+  if (value != nullptr) std::memset(value, 0, sizeof *value);
 }
 
 HRESULT VariantClear(VARIANT* value) {
