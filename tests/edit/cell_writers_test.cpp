@@ -10,22 +10,8 @@ namespace {
 
 using testing::Bytes;
 using testing::kVersions;
+using testing::OwnedBstr;
 using testing::StreamBuilder;
-
-// A BSTR for the length of a test.
-class Text {
- public:
-  explicit Text(const std::u16string& units)
-      : text_(SysAllocStringLen(reinterpret_cast<const OLECHAR*>(units.data()),
-                                static_cast<UINT>(units.size()))) {}
-  ~Text() { SysFreeString(text_); }
-  Text(const Text&) = delete;
-  Text& operator=(const Text&) = delete;
-  BSTR Get() const { return text_; }
-
- private:
-  BSTR text_;
-};
 
 class CellWritersTest : public testing::SheetEditTest {
  protected:
@@ -76,7 +62,7 @@ TEST_F(CellWritersTest, Double_IsStoredByteForByte) {
 TEST_F(CellWritersTest, Label_HasTheLowBytesAndNoOptionByteInBothGenerations) {
   for (uint8_t version : kVersions) {
     OpenSlack(version, 11);
-    const Text text(u"A\u0142\u20AC");
+    const OwnedBstr text(u"A\u0142\u20AC");
     EXPECT_EQ(Label(text.Get()), kWriteDone);
     EXPECT_EQ(Cells(), (Bytes{0x04, 0x02, 11, 0, 3, 0, 1, 0, 0x23, 0x01, 3, 0, 'A', 0x42, 0xAC}));
     EXPECT_EQ(LiveBlocks(), live_);
@@ -86,7 +72,7 @@ TEST_F(CellWritersTest, Label_HasTheLowBytesAndNoOptionByteInBothGenerations) {
 
 TEST_F(CellWritersTest, EmptyLabel_HasNoText) {
   OpenSlack(6, 8);
-  const Text text(u"");
+  const OwnedBstr text(u"");
   EXPECT_EQ(Label(text.Get()), kWriteDone);
   EXPECT_EQ(Cells(), (Bytes{0x04, 0x02, 8, 0, 3, 0, 1, 0, 0x23, 0x01, 0, 0}));
 }
@@ -101,7 +87,7 @@ TEST_F(CellWritersTest, LabelWithAnOddByteLength_HasItsWholeUnits) {
 
 TEST_F(CellWritersTest, LabelOfTextWithZeroUnits_KeepsThem) {
   OpenSlack(6, 11);
-  const Text text(std::u16string(u"a\0b", 3));
+  const OwnedBstr text(std::u16string(u"a\0b", 3));
   EXPECT_EQ(Label(text.Get()), kWriteDone);
   EXPECT_EQ(Cells(), (Bytes{0x04, 0x02, 11, 0, 3, 0, 1, 0, 0x23, 0x01, 3, 0, 'a', 0, 'b'}));
 }
@@ -114,7 +100,7 @@ TEST_F(CellWritersTest, LabelWithoutText_Gives1AndChangesNothing) {
 
 TEST_F(CellWritersTest, LongestLabel_IsWritten) {
   OpenSlack(6, 8);
-  const Text text(std::u16string(32755, u'x'));
+  const OwnedBstr text(std::u16string(32755, u'x'));
   EXPECT_EQ(Label(text.Get()), kWriteDone);
   const Bytes cells = Cells();
   EXPECT_EQ(cells.size(), 32767u);
@@ -128,7 +114,7 @@ TEST_F(CellWritersTest, LongerLabels_Give4WithTheScratchBlockLeft) {
   for (size_t units : {size_t{32756}, size_t{65523}, size_t{65524}, size_t{65536}, size_t{70000}}) {
     SCOPED_TRACE(units);
     OpenSlack(6, 8);
-    const Text text(std::u16string(units, u'x'));
+    const OwnedBstr text(std::u16string(units, u'x'));
     EXPECT_EQ(Label(text.Get()), kLabelPatchFailed);
     EXPECT_EQ(Contents(), opened_);
     EXPECT_EQ(LiveBlocks(), live_ + 1);
@@ -153,7 +139,7 @@ TEST_F(CellWritersTest, SmallSlack_IsLeftByADetour) {
 
 TEST_F(CellWritersTest, NoBlockForTheRecord_LeavesAllAsItWas) {
   OpenSlack(6, 30);
-  const Text text(u"a");
+  const OwnedBstr text(u"a");
   TakeBlocksUntil(9);
   live_ = 9;
   EXPECT_EQ(Blank(), kWriteNoMemory);
@@ -204,7 +190,7 @@ TEST_F(GrowthFailsTest, Double) {
 }
 
 TEST_F(GrowthFailsTest, Label) {
-  const Text text(u"a");
+  const OwnedBstr text(u"a");
   EXPECT_EQ(Label(text.Get()), kLabelPatchFailed);
   ExpectBufferLostAndScratchLeft();
 }

@@ -331,6 +331,16 @@ TEST_F(ExhaustedPoolTest, NoRoomForTheRightPiece_LosesTheBufferAndLeavesTheScrat
   }
 }
 
+TEST_F(ExhaustedPoolTest, NoRoomForTheLeftPiece_LosesTheBufferAndLeavesTheScratchBlocks) {
+  StreamBuilder book = Sheet(6).Row(1);
+  run_ = book.Here();
+  OpenFull(book.Raw(BlankRun().Stream()));
+  TakeBlocksUntil(7);
+  EXPECT_EQ(Split(SplitMulBlankForChange, 7), 0);
+  EXPECT_EQ(buffer_, 0u);
+  EXPECT_EQ(LiveBlocks(), 7u + 2 - 1);
+}
+
 TEST_F(ExhaustedPoolTest, WithFourFreeBlocks_ItIsDone) {
   for (size_t i = 0; i < std::size(kAllSplitters); ++i) {
     for (uint32_t taken = 2; taken <= 5; ++taken) {

@@ -10,11 +10,13 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <string>
 #include <vector>
 
 #include "foundation/biff_records.h"
 #include "support/pool_fixture.h"
 #include "support/stream_builder.h"
+#include "tolvenar/automation.h"
 #include "workbook/biff_version.h"
 #include "workbook/sheet_table.h"
 
@@ -30,6 +32,21 @@ inline const Bytes kFiller = {0x42, 0x00, 0x04, 0x00, 0, 0, 0, 0};
 using Types = std::initializer_list<uint16_t>;
 using Columns = std::initializer_list<int16_t>;
 constexpr uint8_t kVersions[] = {5, 6};
+
+// A BSTR that is released at the end of its block.
+class OwnedBstr {
+ public:
+  explicit OwnedBstr(const std::u16string& units)
+      : text_(SysAllocStringLen(reinterpret_cast<const OLECHAR*>(units.data()),
+                                static_cast<UINT>(units.size()))) {}
+  ~OwnedBstr() { SysFreeString(text_); }
+  OwnedBstr(const OwnedBstr&) = delete;
+  OwnedBstr& operator=(const OwnedBstr&) = delete;
+  BSTR Get() const { return text_; }
+
+ private:
+  BSTR text_;
+};
 
 class SheetEditTest : public PoolTest {
  protected:
