@@ -12,7 +12,7 @@ namespace tolvenar {
 
 namespace {
 
-constexpr int32_t kReachableStrings = INT16_MAX + 1;  // a cell's index is a signed 16-bit value
+constexpr uint32_t kReachableStrings = INT16_MAX + 1;  // a cell's index is a signed 16-bit value
 
 // The place of the string behind the one at `at`. Counts are signed, so a damaged table can lead
 // backwards.
@@ -57,10 +57,11 @@ StringPlace RecallString(SharedStringReader* reader, int16_t index) {
   PreparePlaces(reader);
   if (!reader->places) return WalkToString(reader->block, reader->sst, index);
   if (LiesOutside(reader->block, index)) return Outside(reader->block);
-  for (; reader->known <= index; ++reader->known) {
+  const uint32_t number = index < 0 ? 0 : static_cast<uint32_t>(index);
+  for (; reader->known <= number; ++reader->known) {
     reader->places[reader->known] = NextString(reader->block, reader->places[reader->known - 1].at);
   }
-  return reader->places[index < 0 ? 0 : index];
+  return reader->places[number];
 }
 
 // Every second byte from `text` on: the low bytes of n characters.

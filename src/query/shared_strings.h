@@ -59,7 +59,7 @@ struct SharedStringReader {
   uint32_t sst = 0;  // offset of the SST record
   // Those of strings 0 .. known - 1. Null as long as none was read, and when there is no memory for them.
   std::unique_ptr<StringPlace[]> places;
-  int32_t known = 0;
+  uint32_t known = 0;
 };
 
 // Puts string `index` as XLEXTLabel does, with the same result to the byte.
