@@ -1,10 +1,9 @@
 // Formula tokens: how long each is. This is all that the library knows of the token stream of a formula.
 //
-//   A token                                          Class, bits 5 and 6 of an id from 0x20 up
-//   OFFSET  SIZE  FIELD                              0x20  reference    0x24, 0x44 and 0x64 are the three
-//   forms
-//        0     1  id                                 0x40  value        of one token; its base is 0x24
-//        1        operands, by the table             0x60  array
+//   A token                                  Class, bits 5 and 6 of an id from 0x20 up
+//   OFFSET  SIZE  FIELD                      0x20  reference   0x24, 0x44 and 0x64 are the
+//        0     1  id                         0x40  value       three forms of one token;
+//        1        operands, by the table     0x60  array       its base is 0x24
 //
 // The layout is BIFF5's: row words of 16 bits with two flags in them, columns of 8 bits. A BIFF8 formula is
 // walked with the same sizes and the same fields, on purpose: nothing here asks for the generation.
@@ -64,8 +63,8 @@ inline uint8_t TokenBase(uint8_t id) {
 
 // Size in bytes, id included, of the token at `at`.
 //   remaining  in/out: the count of the formula's bytes that are not yet known to be extra data. A Mem token
-//   takes the u16 at kMemExtra off
-//              it, in 16 bits; that u16 lies behind the token when it is one of the 3-byte ones, on purpose.
+//              takes the u16 at kMemExtra off it, in 16 bits; behind itself when it is one of the 3-byte
+//              ones, on purpose
 // An id of no token has size 1. An array constant that would take more than 65535 bytes counts as 65535,
 // which carries any walk past the end of its formula. Nothing is written but *remaining.
 uint16_t FormulaTokenSize(const Block& block, uint32_t at, int16_t* remaining);

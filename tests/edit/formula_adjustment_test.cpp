@@ -356,6 +356,16 @@ TEST_F(FormulaAdjustment, ExtraDataThatWrapsPastTheLength_VisitsNoTokenBehindIt)
   EXPECT_EQ(Adjusted(tokens, 7, 0, kRowIn), (Outcome{1, tokens}));
 }
 
+TEST_F(FormulaAdjustment, FieldsOfTheLastToken_CanLieBehindTheFormula) {
+  // A 3d reference as BIFF8 writes it takes 7 bytes. By the one layout there is its row stands at +15, column
+  // at +17.
+  const Bytes biff8 = {0x5A, 0x01, 0x00, 0x5C, 0x01, 0x05, 0xC0};
+  const Bytes behind = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0x0A, 0x00, 0x14};
+  Bytes moved = behind;
+  moved[8] = 0x0B;
+  EXPECT_EQ(Adjusted(biff8 + behind, 7, 3, kRowIn), (Outcome{1, biff8 + moved}));
+}
+
 // ---- Oddities of ids beyond the table ----
 
 TEST_F(FormulaAdjustment, IdsBeyondTheTable_AreTreatedByTheirBaseAndTakeOneByte) {
