@@ -1,3 +1,4 @@
+// StorageFixture: folders, files and streams for the tests of compound files.
 #include "support/storage_fixture.h"
 
 #include <algorithm>
