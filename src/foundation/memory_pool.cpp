@@ -35,6 +35,17 @@ struct MemoryPool {
 
 MemoryPool pool;
 
+constexpr size_t kNoSlot = SIZE_MAX;
+
+// Set-up and release loop over the length of the tables, searches over the count of slots.
+size_t TableLength() {
+  return static_cast<size_t>(pool.tableLength);
+}
+
+size_t SearchedSlots() {
+  return static_cast<size_t>(pool.slotCount);
+}
+
 // Back to unset, tables and counters; the slots themselves are the caller's business.
 void ForgetTables() {
   pool.slotBases.reset();
@@ -63,8 +74,8 @@ bool SetUp() {
   bool complete = MakeTables();
   pool.tableLength = pool.slotCount = kSlotCount;
   pool.freeSlots = kSlotCount;
-  for (int32_t i = 0; complete && i < pool.tableLength; ++i) {
-    pool.slotCapacities[i] = kCapacities[static_cast<size_t>(i)];
+  for (size_t i = 0; complete && i < TableLength(); ++i) {
+    pool.slotCapacities[i] = kCapacities[i];
     uint8_t* base = platform::TakeSlot(static_cast<uint32_t>(pool.slotCapacities[i]));
     pool.slotBases[i] = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(base));
     complete = base != nullptr;
@@ -73,13 +84,13 @@ bool SetUp() {
   return complete;
 }
 
-// Index of the slot that holds the live block `handle`, or -1.
-int32_t SlotOf(uint32_t handle) {
-  if (handle == 0 || !pool.slotBases) return -1;
-  for (int32_t i = 0; i < pool.slotCount; ++i) {
+// Index of the slot that holds the live block `handle`, or kNoSlot.
+size_t SlotOf(uint32_t handle) {
+  if (handle == 0 || !pool.slotBases) return kNoSlot;
+  for (size_t i = 0; i < SearchedSlots(); ++i) {
     if (pool.liveBlocks[i] == handle) return i;
   }
-  return -1;
+  return kNoSlot;
 }
 
 // What a variable holds; a null variable holds 0.
@@ -87,17 +98,17 @@ uint32_t Value(const uint32_t* handle) {
   return handle != nullptr ? *handle : 0;
 }
 
-// First free slot from index `from` on that holds `size` bytes, or -1.
-int32_t FirstFit(int32_t from, int32_t size) {
-  for (int32_t i = from; i < pool.slotCount; ++i) {
+// First free slot from index `from` on that holds `size` bytes, or kNoSlot.
+size_t FirstFit(size_t from, int32_t size) {
+  for (size_t i = from; i < SearchedSlots(); ++i) {
     if (pool.liveBlocks[i] == 0 && pool.slotCapacities[i] >= size) return i;
   }
-  return -1;
+  return kNoSlot;
 }
 
 int32_t Release(uint32_t* handle, bool clear_used_size) {
-  const int32_t slot = SlotOf(Value(handle));
-  if (slot < 0) return 0;
+  const size_t slot = SlotOf(Value(handle));
+  if (slot == kNoSlot) return 0;
   pool.liveBlocks[slot] = 0;
   pool.bytesInUse -= pool.usedSizes[slot];
   if (clear_used_size) pool.usedSizes[slot] = 0;
@@ -113,8 +124,8 @@ struct Span {
 };
 
 Span SpanOf(uint32_t handle, int32_t count) {
-  const int32_t slot = SlotOf(handle);
-  if (slot < 0) return {nullptr, 0};
+  const size_t slot = SlotOf(handle);
+  if (slot == kNoSlot) return {nullptr, 0};
   return {BlockBytes(handle), std::min(count, pool.slotCapacities[slot])};
 }
 
@@ -122,8 +133,8 @@ Span SpanOf(uint32_t handle, int32_t count) {
 
 uint32_t MEMORYALLOC(int32_t size) {
   if (!SetUp() || pool.freeSlots == 0) return 0;
-  const int32_t slot = FirstFit(0, size);
-  if (slot < 0) return 0;
+  const size_t slot = FirstFit(0, size);
+  if (slot == kNoSlot) return 0;
   const uint32_t base = pool.slotBases[slot];
   pool.liveBlocks[slot] = base;
   if (size > 0) std::memset(BlockBytes(base), 0, static_cast<size_t>(size));
@@ -134,11 +145,11 @@ uint32_t MEMORYALLOC(int32_t size) {
 }
 
 uint32_t MEMORYREALLOC(uint32_t handle, int32_t new_size) {
-  const int32_t slot = SlotOf(handle);
-  if (slot < 0) return 0;
+  const size_t slot = SlotOf(handle);
+  if (slot == kNoSlot) return 0;
   const bool fits = new_size <= pool.slotCapacities[slot];
-  const int32_t target = fits ? slot : FirstFit(slot + 1, new_size);
-  if (target < 0) return 0;
+  const size_t target = fits ? slot : FirstFit(slot + 1, new_size);
+  if (target == kNoSlot) return 0;
 
   pool.bytesInUse += static_cast<uint32_t>(new_size) - pool.usedSizes[slot];
   if (target != slot) {
@@ -163,12 +174,13 @@ int32_t MEMORYREMOVE(uint32_t* handle) {
 }
 
 int32_t MEMORYISHANDLE(uint32_t handle) {
-  return SlotOf(handle) + 1;
+  const size_t slot = SlotOf(handle);
+  return slot == kNoSlot ? 0 : static_cast<int32_t>(slot) + 1;
 }
 
 void MEMORYFREEALL() {
   if (!pool.slotBases) return;
-  for (int32_t i = 0; i < pool.tableLength; ++i) {
+  for (size_t i = 0; i < TableLength(); ++i) {
     platform::GiveSlot(BlockBytes(pool.slotBases[i]), static_cast<uint32_t>(pool.slotCapacities[i]));
   }
   ForgetTables();
@@ -180,13 +192,13 @@ uint32_t MEMORYHANDLES(uint32_t* bytes_in_use, uint32_t /*ignored*/) {
 }
 
 uint32_t MEMORYSIZE(uint32_t handle) {
-  const int32_t slot = SlotOf(handle);
-  return slot < 0 ? 0 : pool.usedSizes[slot];
+  const size_t slot = SlotOf(handle);
+  return slot == kNoSlot ? 0 : pool.usedSizes[slot];
 }
 
 uint32_t MEMORYALLOCSIZE(uint32_t handle) {
-  const int32_t slot = SlotOf(handle);
-  return slot < 0 ? 0 : static_cast<uint32_t>(pool.slotCapacities[slot]);
+  const size_t slot = SlotOf(handle);
+  return slot == kNoSlot ? 0 : static_cast<uint32_t>(pool.slotCapacities[slot]);
 }
 
 int32_t MEMORYSET(const uint32_t* handle, int32_t count) {
