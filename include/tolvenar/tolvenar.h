@@ -1,26 +1,24 @@
 /* Tolvenar: the exports, and the manual of them.
  *
- * Tolvenar reads, edits, creates and writes Excel workbooks in the BIFF format (BIFF5/7: stream "Book";
- * BIFF8: stream "Workbook"). A workbook in memory is the byte image of its stream; the caller holds all of
- * its state: the buffer, its size, the SheetTable.
+ * Tolvenar reads, edits, creates and writes Excel workbooks in the BIFF format (BIFF5/7: stream "Book"; BIFF8: stream "Workbook").
+ * A workbook in memory is the byte image of its stream; the caller holds all of its state: the buffer, its size, the SheetTable.
  *
  * Conventions
- *  (1) A handle is the 32-bit address of a pool block, on every platform; 0 is none. To look into a block,
- * widen it: (uint8_t *)(uintptr_t)handle. At most nine blocks are live in the process. (2) A function that
- * takes a handle by reference may change it: a buffer that grows can move, and one that can't grow is
+ *  (1) A handle is the 32-bit address of a pool block, on every platform; 0 is none. To look into a block, widen it:
+ *      (uint8_t *)(uintptr_t)handle. At most nine blocks are live in the process.
+ *  (2) A function that takes a handle by reference may change it: a buffer that grows can move, and one that can't grow is
  *      released and its variable zeroed. Positions in a buffer are byte offsets and stay good.
- *  (3) Sheets, rows and columns are 1-based int16_t. XF indices, record offsets and what records hold are
- * 0-based. (4) Text comes in as 8-bit zero-terminated text and leaves as a BSTR, one byte a character. A BSTR
- * handed out is the caller's, to be released with SysFreeString. Paths are 8-bit; off Windows they reach the
- * system byte for byte. (5) Results are small codes, 0 for success, listed per function in the order of the
- * checks. Nothing is logged or thrown. (6) Strings, arrays and VARIANTs are ordinary pointers. An element
- * that an array refuses is passed over in silence. (7) To be called from one thread at a time. An edit is not
- * rolled back: the result says how far it got. (8) A stream is trusted for what it means, never for where it
- * points: whatever a workbook holds, no call reads or writes outside the buffer's block, and every call ends.
+ *  (3) Sheets, rows and columns are 1-based int16_t. XF indices, record offsets and what records hold are 0-based.
+ *  (4) Text comes in as 8-bit zero-terminated text and leaves as a BSTR, one byte a character. A BSTR handed out is the caller's,
+ *      to be released with SysFreeString. Paths are 8-bit; off Windows they reach the system byte for byte.
+ *  (5) Results are small codes, 0 for success, listed per function in the order of the checks. Nothing is logged or thrown.
+ *  (6) Strings, arrays and VARIANTs are ordinary pointers. An element that an array refuses is passed over in silence.
+ *  (7) To be called from one thread at a time. An edit is not rolled back: the result says how far it got.
+ *  (8) A stream is trusted for what it means, never for where it points: whatever a workbook holds, no call reads or writes
+ *      outside the buffer's block, and every call ends.
  *
- * The life of a workbook: XLOpenFile; XLLocateSheets; queries and edits; XLSaveFile, which releases the
- * SheetTable, so that XLLocateSheets is called again if the work goes on; at the end XLFreeHandle on the
- * table and the buffer.
+ * The life of a workbook: XLOpenFile; XLLocateSheets; queries and edits; XLSaveFile, which releases the SheetTable, so that
+ * XLLocateSheets is called again if the work goes on; at the end XLFreeHandle on the table and the buffer.
  *
  * Compiles as C11 and as C++17.
  */
@@ -46,24 +44,21 @@
 extern "C" {
 #endif
 
-/* ---- The memory pool
- * -------------------------------------------------------------------------------------------------------
+/* ---- The memory pool -------------------------------------------------------------------------------------------------------
  *
- * Nine slots of fixed capacity: 256, 512, 1024, 33000, 100000, 1000000, 1500000, 105000000 and 105000000
- * bytes. A request takes a whole slot, the first free one that is large enough. Only MEMORYALLOC sets the
- * pool up; to all others an unset pool is one without live blocks. */
+ * Nine slots of fixed capacity: 256, 512, 1024, 33000, 100000, 1000000, 1500000, 105000000 and 105000000 bytes. A request takes
+ * a whole slot, the first free one that is large enough. Only MEMORYALLOC sets the pool up; to all others an unset pool is one
+ * without live blocks. */
 
-/* Takes a block of `size` bytes, zeroed. Result: its handle, to be released with MEMORYFREE; 0 when no free
- * slot is large enough. A size of 0 takes a slot too. */
+/* Takes a block of `size` bytes, zeroed. Result: its handle, to be released with MEMORYFREE; 0 when no free slot is large enough.
+ * A size of 0 takes a slot too. */
 TOLVENAR_API uint32_t TOLVENAR_CALL MEMORYALLOC(int32_t size);
 
-/* Resizes a block, in place or by a move to a larger slot; bytes added are not zeroed. Result: the handle,
- * which may have changed; 0 when it is no live block or no larger slot is free: the block is then untouched
- * and still live. */
+/* Resizes a block, in place or by a move to a larger slot; bytes added are not zeroed. Result: the handle, which may have
+ * changed; 0 when it is no live block or no larger slot is free: the block is then untouched and still live. */
 TOLVENAR_API uint32_t TOLVENAR_CALL MEMORYREALLOC(uint32_t handle, int32_t newSize);
 
-/* Releases a block and zeroes the variable. Result: 1; 0 when the variable is 0 or names no live block, and
- * nothing changes. */
+/* Releases a block and zeroes the variable. Result: 1; 0 when the variable is 0 or names no live block, and nothing changes. */
 TOLVENAR_API int32_t TOLVENAR_CALL MEMORYFREE(uint32_t* handle);
 
 /* As MEMORYFREE; the slot also forgets the size that it was used with. Result: 1 or 0. */
@@ -75,8 +70,8 @@ TOLVENAR_API int32_t TOLVENAR_CALL MEMORYISHANDLE(uint32_t handle);
 /* Gives all memory back to the system; every handle is dead after it. Result: none. */
 TOLVENAR_API void TOLVENAR_CALL MEMORYFREEALL(void);
 
-/* Stores the sum of the requested sizes of the live blocks in *bytesInUse. `ignored` is not used. Result: the
- * number of live blocks. */
+/* Stores the sum of the requested sizes of the live blocks in *bytesInUse. `ignored` is not used. Result: the number of live
+ * blocks. */
 TOLVENAR_API uint32_t TOLVENAR_CALL MEMORYHANDLES(uint32_t* bytesInUse, uint32_t ignored);
 
 /* Result: the requested size of a live block; 0 for any other value. */
@@ -85,82 +80,82 @@ TOLVENAR_API uint32_t TOLVENAR_CALL MEMORYSIZE(uint32_t handle);
 /* Result: the capacity of a live block's slot; 0 for any other value. */
 TOLVENAR_API uint32_t TOLVENAR_CALL MEMORYALLOCSIZE(uint32_t handle);
 
-/* Fills the block's first `count` bytes with 0, 1, ... 254, 0, 1, ... What would lie behind the slot is not
- * written. Result: count; 0 when it is below 1 or the variable names no live block. */
+/* Fills the block's first `count` bytes with 0, 1, ... 254, 0, 1, ... What would lie behind the slot is not written.
+ * Result: count; 0 when it is below 1 or the variable names no live block. */
 TOLVENAR_API int32_t TOLVENAR_CALL MEMORYSET(uint32_t* handle, int32_t count);
 
 /* Fills the block's first `count` bytes with `value`. Result: as MEMORYSET. */
 TOLVENAR_API int32_t TOLVENAR_CALL MEMORYSET1(uint32_t* handle, int32_t count, uint8_t value);
 
-/* Result: the byte at `index` of the block when index is below `size`, else 0. What lies outside the slot
- * reads as 0. */
+/* Result: the byte at `index` of the block when index is below `size`, else 0. What lies outside the slot reads as 0. */
 TOLVENAR_API uint32_t TOLVENAR_CALL MEMORYGET(uint32_t* handle, int32_t size, int32_t index);
 
-/* ---- Workbook files
- * -------------------------------------------------------------------------------------------------------- */
+/* ---- Workbook files -------------------------------------------------------------------------------------------------------- */
 
-/* Opens the workbook at `path` and reads it into a new buffer; the file is closed again before the call
- * returns. Also sets the BIFF generation that the library works with from now on. path    the workbook; it
- * must be readable and writable and not open elsewhere buffer  out: the buffer, the caller's to release with
- * XLFreeHandle size    out: its size in bytes Result: 0 opened; 5 no pool block of that size (buffer 0, size
- * set); 6 the stream can't be read (buffer 0); 101 the file can't be opened: missing, in use, read-only or no
- * compound file; 102 it holds no workbook stream; 103 the stream is empty; 104 closing the stream failed, 105
- * closing the file failed (both leave the buffer live and the caller's, without the BUFEND at its end); 2 the
+/* Opens the workbook at `path` and reads it into a new buffer; the file is closed again before the call returns. Also sets the
+ * BIFF generation that the library works with from now on.
+ *   path    the workbook; it must be readable and writable and not open elsewhere
+ *   buffer  out: the buffer, the caller's to release with XLFreeHandle
+ *   size    out: its size in bytes
+ * Result: 0 opened; 5 no pool block of that size (buffer 0, size set); 6 the stream can't be read (buffer 0); 101 the file can't be
+ * opened: missing, in use, read-only or no compound file; 102 it holds no workbook stream; 103 the stream is empty; 104 closing the
+ * stream failed, 105 closing the file failed (both leave the buffer live and the caller's, without the BUFEND at its end); 2 the
  * buffer could not be cut to its size (released). */
 TOLVENAR_API int16_t TOLVENAR_CALL XLOpenFile(const char* path, uint32_t* buffer, uint32_t* size);
 
-/* Makes the SheetTable of a buffer: a pool block of int32_t entries: the count of sheets, 0, the offset of
- * each sheet's BOF, the offset of the EOF that closes the last sheet. table   out: the table, the caller's to
- * release with XLFreeHandle; 0 on failure Result: 0 made; 1 the buffer is no live pool block; 9 the stream
- * has no EOF; 11 no pool block for the table; 12 the last sheet isn't closed. With 9, 11 and 12 the buffer
- * has been released, though the caller's variable still names it: forget it. */
+/* Makes the SheetTable of a buffer: a pool block of int32_t entries: the count of sheets, 0, the offset of each sheet's BOF, the
+ * offset of the EOF that closes the last sheet.
+ *   table   out: the table, the caller's to release with XLFreeHandle; 0 on failure
+ * Result: 0 made; 1 the buffer is no live pool block; 9 the stream has no EOF; 11 no pool block for the table; 12 the last sheet isn't
+ * closed. With 9, 11 and 12 the buffer has been released, though the caller's variable still names it: forget it. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size);
 
-/* Releases a buffer or a table and zeroes the variable. Result: 1; 0 when the variable is 0 or names no live
- * block. */
+/* Releases a buffer or a table and zeroes the variable. Result: 1; 0 when the variable is 0 or names no live block. */
 TOLVENAR_API uint32_t TOLVENAR_CALL XLFreeHandle(uint32_t* handle);
 
-/* Saves the workbook: folds all patches away into a new buffer and writes it to `path`, as the only stream of
- * a new file or in the place of the workbook stream of an existing one, whose other streams stay. On disk
- * stands the old file or the new one, never a part of it. buffer, size  in: the workbook; out: the compact
- * buffer and its size, the old block is released table         in: its SheetTable; out: 0, released Result: 0
- * saved. Nothing has changed: 2 null buffer; 3 null table; 4 no pool block for the copy. 12 the last sheet
- * isn't closed: the buffer is unchanged, but the table's contents are spoilt: locate anew. The buffer is
- * compact, but lacks its BUFEND, and the table is still the caller's and fits: 101 the existing file can't be
- * opened; 102 it has no workbook stream of this generation; 111 the new file can't be created. The buffer is
- * compact without BUFEND and the table is released: 103 the stream can't be created; 104 closing the stream
- * failed; 105 closing the file failed. 6 the stream can't be written (the disk is full, say): the block and
+/* Saves the workbook: folds all patches away into a new buffer and writes it to `path`, as the only stream of a new file or in the
+ * place of the workbook stream of an existing one, whose other streams stay. On disk stands the old file or the new one, never a
+ * part of it.
+ *   buffer, size  in: the workbook; out: the compact buffer and its size, the old block is released
+ *   table         in: its SheetTable; out: 0, released
+ * Result: 0 saved. Nothing has changed: 2 null buffer; 3 null table; 4 no pool block for the copy. 12 the last sheet isn't closed:
+ * the buffer is unchanged, but the table's contents are spoilt: locate anew. The buffer is compact, but lacks its BUFEND, and the
+ * table is still the caller's and fits: 101 the existing file can't be opened; 102 it has no workbook stream of this generation; 111
+ * the new file can't be created. The buffer is compact without BUFEND and the table is released: 103 the stream can't be created;
+ * 104 closing the stream failed; 105 closing the file failed. 6 the stream can't be written (the disk is full, say): the block and
  * the table are released, though the buffer variable still names the block: forget it. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLSaveFile(const char* path, uint32_t* buffer, uint32_t* table,
                                               uint32_t* size);
 
-/* Writes the numbers 1 to `count` as int32_t into a stream "Workbook" of a new or existing compound file,
- * through the same calls as a save. Result: 0 written; 102 the file can't be opened or created, or has no
- * such stream; 103 the stream can't be created; 6 a short or failed write, or no memory; 104 closing the
- * stream failed; 105 closing the file failed. */
+/* Writes the numbers 1 to `count` as int32_t into a stream "Workbook" of a new or existing compound file, through the same calls as a
+ * save. Result: 0 written; 102 the file can't be opened or created, or has no such stream; 103 the stream can't be created; 6 a short
+ * or failed write, or no memory; 104 closing the stream failed; 105 closing the file failed. */
 TOLVENAR_API int16_t TOLVENAR_CALL DebugSaveFile(const char* path, int32_t count);
 
-/* Folds the patches away in memory, as a save does, and brings the BOUNDSHEET records and the table up to
- * date. buffer, size  in: the workbook; out: the compact buffer and its size table         its SheetTable,
- * whose entries are renewed Result: 0 done; 2 *buffer is 0; 3 null table; 4 no pool block for the copy; 12
- * the last sheet isn't closed; 6 the cut failed. On any failure the buffer is unchanged; at 12 and 6 the
- * table's entries no longer fit it. */
+/* Folds the patches away in memory, as a save does, and brings the BOUNDSHEET records and the table up to date.
+ *   buffer, size  in: the workbook; out: the compact buffer and its size
+ *   table         its SheetTable, whose entries are renewed
+ * Result: 0 done; 2 *buffer is 0; 3 null table; 4 no pool block for the copy; 12 the last sheet isn't closed; 6 the cut failed. On any
+ * failure the buffer is unchanged; at 12 and 6 the table's entries no longer fit it. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRefreshHandles(uint32_t* buffer, uint32_t table, uint32_t* size);
 
-/* Turns every INDEX and DBCELL record into free room: the row offsets in them go stale when records move.
- * Result: 0 done; 1 the buffer is 0. */
+/* Turns every INDEX and DBCELL record into free room: the row offsets in them go stale when records move. Result: 0 done; 1 the
+ * buffer is 0. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLDeleteDBCells(uint32_t buffer, uint32_t size);
 
-/* ---- Sheet catalogue
- * ------------------------------------------------------------------------------------------------------- */
+/* ---- Sheet catalogue ---------------------------------------------------------------------- */
 
 /* Lists every record of the walk, the patch records included, into four one-dimensional arrays from index 1
- * on. size     the buffer's size in bytes count    out: the number of records offsets  32-bit offsets of the
- * records types    16-bit codes: the low byte of the type, plus 256 if its high byte is exactly 0x10 images
- * the records' bytes, header included, as a BSTR of that many bytes: an array of VT_BSTR (off Windows also
- * VT_VARIANT) lengths  16-bit sizes of the records, header included Result: 0 done, also for a size of 1 or
- * less, with count 0; 1 null buffer, count untouched; 10 no pool block for an image: the arrays and the count
- * stand as far as they were filled. */
+ * on. A null array, and an element that an array refuses, is passed over.
+ *   size     the buffer's size in bytes
+ *   count    out: the number of records
+ *   offsets  32-bit offsets of the records
+ *   types    16-bit codes: the low byte of the type, plus 256 if its high byte is exactly 0x10
+ *   images   the records' bytes, header included, as a BSTR of that many bytes, for an array of VT_BSTR (off
+ *            Windows also VT_VARIANT); empty where the size does not fit 16 signed bits
+ *   lengths  16-bit sizes of the records, header included
+ * Result: 0 done, also for a size of 1 or less, with count 0; 1 null buffer or no live block, count
+ * untouched; 10 no pool block for an image: the arrays and the count stand as far as they were filled. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetList(uint32_t buffer, int32_t size, int32_t* count,
                                              SAFEARRAY** offsets, SAFEARRAY** types, SAFEARRAY** images,
                                              SAFEARRAY** lengths);
@@ -168,7 +163,8 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetList(uint32_t buffer, int32_t size, int3
 /* Result: the number of sheets, by the low 16 bits of the table's first entry; 0 for a null table. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetNumSheets(uint32_t table);
 
-/* Sets the library's BIFF generation to what the workbook's globals say, 5 or 6. Result: the generation. */
+/* Sets the library's BIFF generation to what the workbook's globals say, 5 or 6. Result: the generation,
+ * which a null table leaves as it was. */
 TOLVENAR_API uint16_t TOLVENAR_CALL XLGetNumVers(uint32_t buffer, uint32_t table);
 
 /* Result: `version`, unchanged. */
@@ -176,9 +172,11 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLVersInt(int16_t version);
 
 /* Gives a sheet's name. The BSTR has as many 16-bit units as the name has bytes: the name's bytes stand
  * packed in its first half and zeros in the second. Names are read by the BIFF8 layout in both generations,
- * and BIFF5 names come out shifted, on purpose. sheet  1-based; 1 or less is the first name   out: the name,
- * the caller's to release Result: the length of the name in bytes; 0 also on every failure: null table (name
- * untouched), no pool block (name untouched), no BOUNDSHEET (empty name). */
+ * and BIFF5 names come out shifted, on purpose.
+ *   sheet  1-based; 1 or less is the first
+ *   name   out: the name, the caller's to release
+ * Result: the length of the name in bytes; 0 also on every failure: null table (name untouched), no pool
+ * block (name untouched), no BOUNDSHEET (empty name). */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetNameSheet(uint32_t buffer, uint32_t table, int16_t sheet, BSTR* name);
 
 /* Looks a sheet's entry up and hands nothing back; the four last arguments are neither read nor written.
@@ -199,16 +197,19 @@ TOLVENAR_API uint16_t TOLVENAR_CALL XLNumStrBucket(uint32_t buffer, uint32_t tab
  * it means nothing. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLNumStrExt(uint32_t buffer, uint32_t table);
 
-/* Reads one shared string and puts it into a two-dimensional array at the row and column of a LABELSST
- * record. On Windows the caller removes the arguments (cdecl). index         the string's number bucket from
- * XLNumStrBucket sstOffset     from XLNumStrExt cells         the array recordOffset  the LABELSST record
+/* Reads one shared string and puts it, as a BSTR, into a two-dimensional array at the row and column of a
+ * LABELSST record. A string is read as 8-bit, wide or rich as the string before it is flagged, and string 0
+ * as 8-bit, on purpose. On Windows the caller removes the arguments (cdecl).
+ *   index         the string's number; below 1 is string 0
+ *   bucket        from XLNumStrBucket; not used, and may be 0
+ *   sstOffset     from XLNumStrExt
+ *   cells         the array
+ *   recordOffset  the LABELSST record
  * Result: none. */
 TOLVENAR_API void TOLVENAR_CDECL XLEXTLabel(uint32_t buffer, int32_t* index, int16_t* bucket,
                                             int32_t sstOffset, SAFEARRAY** cells, int32_t recordOffset);
 
-/* ---- Cell data
- * -------------------------------------------------------------------------------------------------------------
- */
+/* ---- Cell data ---------------------------------------------------------------------- */
 
 /* Gives a worksheet's used range, 1-based and inclusive, by its DIMENSIONS record; without one the outputs
  * stay untouched. Result: 0 a worksheet; 1 null table; 2 no such sheet; 3 null buffer; 5 globals, 6 Visual
@@ -221,9 +222,11 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetSheetSize(uint32_t buffer, uint32_t tabl
  * column, both 1-based. Cells without a record, and elements that the array refuses, stay as they were.
  * Numbers, RKs, labels and shared strings are put as a BSTR (numbers with six decimals), error and boolean
  * cells, formulas and rich strings as a VARIANT; off Windows an array of VT_VARIANT or of VT_BSTR takes them
- * both. Result: 0 done; 1 null table or no sheets; 3 no such sheet, null buffer, or no worksheet; 4 the array
- * has not two dimensions; 5 it does not cover the used range; 2, 7, 8 are reserved. On any failure nothing
- * has been put. */
+ * both, but for the double of a formula, which only VT_VARIANT takes. A text that finds no pool block, and a
+ * formula with an empty result, leave their element as it was. A sheet without DIMENSIONS fits every array.
+ * Result: 0 done; 1 null table or no sheets; 3 no such sheet, null buffer, or no worksheet; 4 the array has
+ * not two dimensions; 5 it does not cover the used range; 2 the table's count is negative; 7, 8 are reserved.
+ * On any failure nothing has been put. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetVariantData(SAFEARRAY** cells, uint32_t buffer, uint32_t table,
                                                     int16_t sheet);
 
@@ -232,37 +235,40 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetVariantData(SAFEARRAY** cells, uint32_t 
 TOLVENAR_API int16_t TOLVENAR_CDECL XLSGetVariantData(uint32_t unused, SAFEARRAY** cells);
 
 /* Puts the XF indices of a worksheet's cells into a two-dimensional array of 16-bit integers (or wider), as
- * XLGetVariantData puts the values. Cells that hold a shared string are left out, on purpose. Result: as
- * XLGetVariantData. */
+ * XLGetVariantData puts the values. Cells that hold a shared string are left out, on purpose.
+ * Result: as XLGetVariantData. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetCellData(SAFEARRAY** cells, uint32_t buffer, uint32_t table,
                                                  int16_t sheet);
 
-/* ---- Cell editing
- * ----------------------------------------------------------------------------------------------------------
- */
+/* ---- Cell editing ---------------------------------------------------------------------------------------------------------- */
 
 /* Gives one cell a new value. The cell must lie in the sheet's used range and in a row that has a ROW record.
+ * It keeps its XF; a new one gets XF 15.
  *   buffer, size  the workbook; both may change
- *   value         VT_EMPTY makes a blank; VT_I2, VT_I4, VT_R4, VT_R8 and VT_DATE (whole days) a number; VT_CY
- * a number of the same 8 bytes; VT_BSTR, also VT_BYREF, a text of each unit's low byte; any other type
- * removes the cell The cell keeps its XF; a new one gets XF 15. Result: 0 done; 1 no such cell can exist, or
- * no such sheet, table or buffer; 2 VT_NULL; 3 null buffer; 4 a MULRK, 5 a MULBLANK could not be split; 6 the
- * blank, 8 the integer or date, 10 the float, 12 the text (also a null string or one of more than 32755
- * units), 13 the double or currency could not be written. From 4 on the old cell is gone; where the buffer
- * could not grow it is released and its variable is 0. */
+ *   value         VT_EMPTY makes a blank (in a run of blanks it takes the whole run out, on purpose); VT_I2,
+ *                 VT_I4, VT_R4, VT_R8 and VT_DATE (whole days) make a number; VT_CY a number of the same 8
+ *                 bytes; VT_BSTR, also VT_BYREF, a text of each unit's low byte; any other type removes the
+ *                 cell; null counts as VT_NULL
+ * Result: 0 done; 1 no such cell can exist, or no such sheet, table or buffer; 2 VT_NULL; 3 null buffer; 4 a
+ * MULRK, 5 a MULBLANK could not be split; 6 the blank, 8 the integer or date, 10 the float, 12 the text (also
+ * a null string or one of more than 32755 units), 13 the double or currency could not be written. From 4 on
+ * the old cell is gone; where the buffer could not grow it is released and its variable is 0, and up to three
+ * scratch blocks stay live in the pool. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLChangeCellValue(uint32_t* buffer, uint32_t table, uint32_t* size,
                                                      int16_t sheet, int16_t row, int16_t column,
                                                      const VARIANT* value);
 
 /* Gives one cell a new XF index; an absent cell becomes a blank. In a run of cells the first cell takes the
- * new XF along, on purpose. Result: 0 done; 1 as above; 3 null buffer; 4, 5 the cell of a MULRK, MULBLANK
- * could not be stamped; 6 the blank could not be written. */
+ * new XF along, on purpose.
+ * Result: 0 done; 1 no such cell can exist, or no such sheet, table or buffer; 3 null buffer; 4, 5 the cell
+ * of a MULRK, MULBLANK could not be stamped; 6 the blank could not be written. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLChangeCellXF(uint32_t* buffer, uint32_t table, uint32_t* size,
                                                   int16_t sheet, int16_t row, int16_t column, uint16_t xf);
 
 /* Gives every cell record of a sheet the XF index that `matrix` holds for it, at row x stride + column
  * (0-based); a negative entry leaves the cell as it is. Of a run only the first cell is stamped. The matrix
- * must cover every cell of the sheet. Result: 1 done; 0 null table or buffer, or no such sheet. */
+ * must cover every cell of the sheet.
+ * Result: 1 done; 0 null table or buffer, or no such sheet. */
 TOLVENAR_API uint32_t TOLVENAR_CALL ChangeFormat(uint32_t buffer, uint32_t table, int16_t sheet,
                                                  const int16_t* matrix, int32_t stride);
 

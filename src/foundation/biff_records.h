@@ -75,6 +75,22 @@ constexpr uint32_t kBoundSheetBof = 4;
 constexpr uint32_t kBoundSheetNameLength = 10;
 constexpr uint32_t kBoundSheetName = 12;
 
+// EXTSST, the last record of BIFF8 globals: strings per bucket u16.
+constexpr uint32_t kExtSstBucket = 4;
+
+// SST: total u32, unique u32, the strings.
+constexpr uint32_t kSstFirstString = 12;
+
+// A shared string, from its first byte: length i16 in characters, flags u8, run count i16 if rich, characters, runs if rich.
+constexpr uint32_t kSharedLength = 0;
+constexpr uint32_t kSharedFlags = 2;
+constexpr uint8_t kSharedWide = 0x01;  // two bytes a character
+constexpr uint8_t kSharedRich = 0x08;  // runs behind the characters
+constexpr uint32_t kSharedRunCount = 3;
+constexpr uint32_t kSharedText = 3;
+constexpr uint32_t kSharedTextRich = kSharedText + 2;  // behind the run count
+constexpr uint32_t kSharedRun = 4;                     // bytes a run
+
 // DIMENSIONS, BIFF5: four u16. BIFF8: two u32 of which the low halves are read, two u16.
 struct DimensionsFields {
   uint32_t firstRow;

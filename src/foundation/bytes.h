@@ -1,6 +1,5 @@
-// Little-endian fields of a byte buffer, read and written through memcpy. These take plain pointers and trust
-// them: they are for records under construction and for tables. A stream in a pool block is read through the
-// gate of record_stream.h.
+// Little-endian fields of a byte buffer, read and written through memcpy. These take plain pointers and trust them: they are for
+// records under construction and for tables. A stream in a pool block is read through the gate of record_stream.h.
 #pragma once
 
 #include <bit>

@@ -1,5 +1,4 @@
-// Record stream: copies through the gate, patches and appends. The layout and the invariants stand in
-// record_stream.h.
+// Record stream: copies through the gate, patches and appends. The layout and the invariants stand in record_stream.h.
 #include "foundation/record_stream.h"
 
 #include <algorithm>
@@ -27,9 +26,8 @@ void PutJump(const Block& block, uint32_t at, uint8_t private_low, uint32_t targ
   PutU32(block, at + kJumpTarget, target);
 }
 
-// Lays the bytes into the SLACK at `at` when they fit it exactly, or leave at least a SLACK header behind
-// them. At 1 to 3 bytes less than the payload the bytes would fit, but no header behind them: they take the
-// detour, on purpose.
+// Lays the bytes into the SLACK at `at` when they fit it exactly, or leave at least a SLACK header behind them. At 1 to 3 bytes less than
+// the payload the bytes would fit, but no header behind them: they take the detour, on purpose.
 bool FillSlack(const Block& block, const uint8_t* bytes, uint32_t at, int16_t n) {
   if (!IsPrivate(block, at, kLowSlack)) return false;
   const int16_t length = I16At(block, at + kRecordLength);
@@ -41,8 +39,8 @@ bool FillSlack(const Block& block, const uint8_t* bytes, uint32_t at, int16_t n)
   return true;
 }
 
-// Bytes that a DETOUR at `at` displaces: the record there, and, when that is shorter than a DETOUR, the one
-// that stands physically behind it, whatever its type. Lengths count as signed 16-bit values.
+// Bytes that a DETOUR at `at` displaces: the record there, and, when that is shorter than a DETOUR, the one that stands physically
+// behind it, whatever its type. Lengths count as signed 16-bit values.
 int32_t DisplacedLength(const Block& block, uint32_t at, uint32_t size) {
   constexpr int32_t kHeader = kHeaderSize;
   int32_t displaced = I16At(block, at + kRecordLength) + kHeader;
@@ -69,8 +67,7 @@ int16_t LayDetour(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t 
   }
   *buffer = moved;
   block = OpenBlock(moved);
-  // The displaced bytes go first: a record at the end may claim more bytes than the stream has, and reach
-  // into the area itself.
+  // The displaced bytes go first: a record at the end may claim more bytes than the stream has, and reach into the area itself.
   CopyIn(block, area + n, block.base + at, BytesInside(block, at, d));
   CopyIn(block, area, bytes, n);
   PutJump(block, area + n + d, kLowResume, at + d);
@@ -79,8 +76,8 @@ int16_t LayDetour(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t 
   return kPatchDone;
 }
 
-// Grows a buffer under construction when at + count reaches its capacity. (Not below, on purpose: one byte
-// always stays unused.) False when it can't: the buffer is released.
+// Grows a buffer under construction when at + count reaches its capacity. (Not below, on purpose: one byte always stays unused.)
+// False when it can't: the buffer is released.
 bool GrowFor(uint32_t* buffer, uint32_t* size, int32_t at, uint32_t count, int32_t capacity) {
   const int32_t behind = static_cast<int32_t>(static_cast<uint32_t>(at) + count);
   if (behind < capacity) return true;

@@ -1,22 +1,19 @@
 // Record stream: the one gate from an offset to a byte, the one walk and the one patch.
 //
 //   A record                                    The private records (type high byte 0xFE), in memory only
-//   OFFSET  SIZE  FIELD                         DETOUR  FF FE 04 00, target u32   the walk goes on at the
-//   target
-//        0     1  type, low byte                RESUME  FA FE 04 00, return u32   the walk goes on at the
-//        return offset 1     1  type, high byte               SLACK   FD FE, n, n bytes         free room,
-//        walked over 2     2  n, length of the payload      BUFEND  F8 FE 00 00               the stream ends
+//   OFFSET  SIZE  FIELD                         DETOUR  FF FE 04 00, target u32   the walk goes on at the target
+//        0     1  type, low byte                RESUME  FA FE 04 00, return u32   the walk goes on at the return offset
+//        1     1  type, high byte               SLACK   FD FE, n, n bytes         free room, walked over
+//        2     2  n, length of the payload      BUFEND  F8 FE 00 00               the stream ends
 //        4     n  payload
 //
-// A RecordBuffer is a pool block: the main stream from offset 0, ended by a BUFEND, then patch areas. Nothing
-// in it is ever moved: a change is a patch at the end that the walk reaches by a DETOUR and leaves by a
-// RESUME. Positions are byte offsets from the base.
+// A RecordBuffer is a pool block: the main stream from offset 0, ended by a BUFEND, then patch areas. Nothing in it is ever moved: a
+// change is a patch at the end that the walk reaches by a DETOUR and leaves by a RESUME. Positions are byte offsets from the base.
 //
 // Invariants, and this file alone keeps them:
-// (1) No read or write leaves the block. A read that is not wholly inside gives zero, such a write does
-// nothing. (2) Every walk ends: after more steps than the block has room for records, or once it comes by an
-// offset again, it has `ended`. (3) Offsets stay good across a patch; addresses do not, so a Block is opened
-// anew after whatever may grow the buffer.
+// (1) No read or write leaves the block. A read that is not wholly inside gives zero, such a write does nothing.
+// (2) Every walk ends: after more steps than the block has room for records, or once it comes by an offset again, it has `ended`.
+// (3) Offsets stay good across a patch; addresses do not, so a Block is opened anew after whatever may grow the buffer.
 #pragma once
 
 #include <cstdint>
@@ -50,12 +47,11 @@ struct Block {
   uint32_t extent = 0;
 };
 
-// The block behind a handle. A value that is no live block gives the empty block, in which every read is
-// zero.
+// The block behind a handle. A value that is no live block gives the empty block, in which every read is zero.
 Block OpenBlock(uint32_t handle);
 
-// The gate: the address of bytes at .. at + n - 1, or null when they are not all inside the block. (Compared
-// by subtraction: a sum could wrap.)
+// The gate: the address of bytes at .. at + n - 1, or null when they are not all inside the block. (Compared by subtraction: a sum
+// could wrap.)
 inline uint8_t* At(const Block& block, uint32_t at, uint32_t n) {
   return n <= block.extent && at <= block.extent - n ? block.base + at : nullptr;
 }
@@ -102,13 +98,11 @@ uint32_t BytesInside(const Block& block, uint32_t at, uint32_t n);
 // Copies n bytes at `at` out of the block; those behind it come out as zero. `to` has room for n bytes.
 void CopyOut(const Block& block, uint32_t at, uint8_t* to, uint32_t n);
 
-// Copies n bytes into the block at `at`; those that would fall behind it are dropped. The source may lie in
-// the block.
+// Copies n bytes into the block at `at`; those that would fall behind it are dropped. The source may lie in the block.
 void CopyIn(const Block& block, uint32_t at, const uint8_t* from, uint32_t n);
 
 // Record tests on the record at `at`.
-// Plain: low byte equal, chart bit clear. It catches every type with that low byte and that bit clear, on
-// purpose.
+// Plain: low byte equal, chart bit clear. It catches every type with that low byte and that bit clear, on purpose.
 inline bool IsPlain(const Block& block, uint32_t at, uint8_t low) {
   return U8At(block, at) == low && (U8At(block, at + kRecordTypeHigh) & kChartBit) == 0;
 }
@@ -132,8 +126,8 @@ inline uint16_t LengthAt(const Block& block, uint32_t at) {
   return U16At(block, at + kRecordLength);
 }
 
-// Offset of the record that follows the one at `at` in the walk: the target of a DETOUR or RESUME, else the
-// next record's place. It does not stop at a BUFEND, which is a record of length 0 to it.
+// Offset of the record that follows the one at `at` in the walk: the target of a DETOUR or RESUME, else the next record's place. It does
+// not stop at a BUFEND, which is a record of length 0 to it.
 inline uint32_t NextRecord(const Block& block, uint32_t at) {
   const uint8_t* p = At(block, at, kHeaderSize);
   if (p == nullptr) return at + kHeaderSize + LengthAt(block, at);
@@ -145,10 +139,8 @@ inline uint32_t NextRecord(const Block& block, uint32_t at) {
 }
 
 // A walk: where it is, and the budget that makes it end. A walker's loop is
-//   for (Walk walk = StartWalk(block, from); walk.at < limit && !walk.ended; Step(&walk)) { ... examine
-//   walk.at ... }
-// or, where the walk stops at exactly one offset, with `walk.at != end`. A walk that has `ended` counts as
-// one at its limit.
+//   for (Walk walk = StartWalk(block, from); walk.at < limit && !walk.ended; Step(&walk)) { ... examine walk.at ... }
+// or, where the walk stops at exactly one offset, with `walk.at != end`. A walk that has `ended` counts as one at its limit.
 struct Walk {
   Block block;
   uint32_t at = 0;
@@ -168,8 +160,7 @@ inline Walk StartWalk(const Block& block, uint32_t from) {
   return walk;
 }
 
-// Goes on to the next record. A ring is noticed within three turns; the budget ends what is no ring and no
-// stream either.
+// Goes on to the next record. A ring is noticed within three turns; the budget ends what is no ring and no stream either.
 inline void Step(Walk* walk) {
   if (walk->stepsLeft == 0) {
     walk->ended = true;
@@ -185,8 +176,8 @@ inline void Step(Walk* walk) {
   }
 }
 
-// 1 when the record after the one at `at`, past any DETOUR and RESUME, has the low byte 0xDB and the chart
-// bit set; else 0. A SLACK in that place is not passed over: the answer is then 0.
+// 1 when the record after the one at `at`, past any DETOUR and RESUME, has the low byte 0xDB and the chart bit set; else 0. A SLACK in
+// that place is not passed over: the answer is then 0.
 int32_t IsFollowedBy10DB(uint32_t buffer, uint32_t at);
 
 // Turns the record at `at` into SLACK of the same length: only its two type bytes change.
@@ -197,36 +188,33 @@ constexpr int16_t kPatchDone = 0;
 constexpr int16_t kPatchNoBuffer = 1;  // null buffer; also a place or a length that no patch can be laid at
 constexpr int16_t kPatchNoMemory = 2;
 
-// Puts `count` bytes, one or more whole records, into the walk directly before the record at `at`; into its
-// room when that is SLACK large enough. `count` is taken as a signed 16-bit value. REQUIRES: `bytes` lies
-// outside the buffer's block; `at` lies on a record. RESULT 0: done, also for a count of 0 (tested first,
-// nothing changes); *buffer may have moved and *size has grown by what was laid down. 1: *buffer is 0;
-// nothing changed. 2: the pool can't give the larger block; the buffer is released and *buffer is 0. Harmless
-// where nothing is prescribed: an `at` outside the stream, a count that is negative in 16 bits, and a
-// displaced record of more than 32767 bytes give 1 and change nothing. At the BUFEND that ends an unpatched
-// buffer there is no successor to displace: the patch area begins behind the room of the DETOUR, and the walk
-// meets the patch, then the BUFEND.
+// Puts `count` bytes, one or more whole records, into the walk directly before the record at `at`; into its room when that is SLACK
+// large enough. `count` is taken as a signed 16-bit value.
+// REQUIRES: `bytes` lies outside the buffer's block; `at` lies on a record.
+// RESULT 0: done, also for a count of 0 (tested first, nothing changes); *buffer may have moved and *size has grown by what was laid
+// down. 1: *buffer is 0; nothing changed. 2: the pool can't give the larger block; the buffer is released and *buffer is 0.
+// Harmless where nothing is prescribed: an `at` outside the stream, a count that is negative in 16 bits, and a displaced record of more
+// than 32767 bytes give 1 and change nothing. At the BUFEND that ends an unpatched buffer there is no successor to displace: the
+// patch area begins behind the room of the DETOUR, and the walk meets the patch, then the BUFEND.
 int16_t PatchRecord(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t count, uint32_t* size);
 
-// Appends `count` bytes of the pool block `source` at the write offset `at` of a buffer under construction
-// and releases the source. A buffer whose capacity would not exceed at + count (signed) first grows by 32767
-// bytes beyond its capacity, once, and *size by as much. Returns the write offset behind the new bytes; `at`
-// itself for a null source, with nothing changed; -1 when the buffer can't grow: the buffer is released,
-// *buffer is 0, and the source is released.
+// Appends `count` bytes of the pool block `source` at the write offset `at` of a buffer under construction and releases the source.
+// A buffer whose capacity would not exceed at + count (signed) first grows by 32767 bytes beyond its capacity, once, and *size by as
+// much. Returns the write offset behind the new bytes; `at` itself for a null source, with nothing changed; -1 when the buffer can't
+// grow: the buffer is released, *buffer is 0, and the source is released.
 int32_t AppendBytes(uint32_t* buffer, uint32_t* size, uint32_t at, uint32_t source, uint32_t count);
 
-// The same for the loops that append many small records: *capacity is the caller's and is renewed after
-// growing; the source is plain bytes, neither tested for null nor released. Returns the write offset behind
-// the new bytes, or -1 as above.
+// The same for the loops that append many small records: *capacity is the caller's and is renewed after growing; the source is plain
+// bytes, neither tested for null nor released. Returns the write offset behind the new bytes, or -1 as above.
 int32_t AppendBytesTracked(uint32_t* buffer, uint32_t* size, int32_t at, const uint8_t* bytes, uint32_t count,
                            int32_t* capacity);
 
-// Writes `id` in decimal into the 8 bytes at `name`, filled up with blanks and without a terminator. An id
-// has at most 8 characters; of a longer one the first 8 are kept.
+// Writes `id` in decimal into the 8 bytes at `name`, filled up with blanks and without a terminator. An id has at most 8 characters;
+// of a longer one the first 8 are kept.
 void StreamNameFromId(uint8_t* name, int32_t id);
 
-// The decimal number that a name begins with; 0 when it begins with none. Reading stops at the first
-// character that is no digit, or after 8 characters.
+// The decimal number that a name begins with; 0 when it begins with none. Reading stops at the first character that is no digit, or
+// after 8 characters.
 int32_t ParseStreamId(const char* name);
 
 }  // namespace tolvenar

@@ -5,8 +5,7 @@
 
 namespace tolvenar::platform {
 
-// True when `path` (8-bit, zero-terminated) names something that exists; rights to it are not asked for. A
-// null path does not exist.
+// True when `path` (8-bit, zero-terminated) names something that exists; rights to it are not asked for. A null path does not exist.
 bool PathExists(const char* path);
 
 // True when the `count` bytes at `address` can be read. Off Windows only null is known to be unreadable.

@@ -1,12 +1,10 @@
-// Compound files as the library uses them: open or create a file; create, open and destroy a stream in it;
-// read, write, measure and commit a stream; commit and release a file. On Windows these are the system's
-// storage calls; everywhere else they are served by portable/compound_file. Names and paths are wide and
-// zero-terminated; results are the system's HRESULTs (negative: failed).
+// Compound files as the library uses them: open or create a file; create, open and destroy a stream in it; read, write, measure and
+// commit a stream; commit and release a file. On Windows these are the system's storage calls; everywhere else they are served by
+// portable/compound_file. Names and paths are wide and zero-terminated; results are the system's HRESULTs (negative: failed).
 //
-// Invariants: (1) stream names compare without regard to case. (2) An open file is locked against every other
-// opener until it is released or the process ends. (3) Off Windows nothing reaches the path before
-// StorageCommit, which puts the whole new file in place in one step; a file one of whose writes failed is not
-// put in place at all.
+// Invariants: (1) stream names compare without regard to case. (2) An open file is locked against every other opener until it is
+// released or the process ends. (3) Off Windows nothing reaches the path before StorageCommit, which puts the whole new file in place
+// in one step; a file one of whose writes failed is not put in place at all.
 #pragma once
 
 #include <cstdint>
@@ -27,8 +25,8 @@ struct Storage;
 struct Stream;
 #endif
 
-// Modes. kModeExclusive opens for reading and writing and shuts everyone else out; kModeReplace adds that a
-// create replaces what is there, instead of failing.
+// Modes. kModeExclusive opens for reading and writing and shuts everyone else out; kModeReplace adds that a create replaces what is
+// there, instead of failing.
 constexpr uint32_t kModeExclusive = 0x12;
 constexpr uint32_t kModeReplace = 0x1012;
 
@@ -55,15 +53,13 @@ constexpr HRESULT kStgReverted = static_cast<HRESULT>(0x80030102u);
 // On success *out is the open file, to be released with StorageRelease; on failure *out is null.
 HRESULT StorageCreate(const OLECHAR* path, uint32_t mode, Storage** out);
 
-// Opens the compound file at `path`. A file that is open elsewhere, read-only or no whole compound file is
-// refused.
+// Opens the compound file at `path`. A file that is open elsewhere, read-only or no whole compound file is refused.
 HRESULT StorageOpen(const OLECHAR* path, uint32_t mode, Storage** out);
 
 // Opens the stream `name` of the root storage, positioned at its start.
 HRESULT StorageOpenStream(Storage* storage, const OLECHAR* name, uint32_t mode, Stream** out);
 
-// Makes an empty stream `name` in the root storage. An existing one makes it fail, unless `mode` is
-// kModeReplace.
+// Makes an empty stream `name` in the root storage. An existing one makes it fail, unless `mode` is kModeReplace.
 HRESULT StorageCreateStream(Storage* storage, const OLECHAR* name, uint32_t mode, Stream** out);
 
 // Removes the stream or storage `name` from the root storage.
@@ -78,8 +74,8 @@ void StorageRelease(Storage* storage);
 // Reads up to `count` bytes from the stream's position, which moves on; *moved tells how many there were.
 HRESULT StreamRead(Stream* stream, void* bytes, uint32_t count, uint32_t* moved);
 
-// Writes `count` bytes at the stream's position, which moves on; *moved tells how many went in. The room on
-// disk that the commit will need is reserved here, so that a full disk is told by this call.
+// Writes `count` bytes at the stream's position, which moves on; *moved tells how many went in. The room on disk that the commit will
+// need is reserved here, so that a full disk is told by this call.
 HRESULT StreamWrite(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved);
 
 // Stores the stream's size in bytes in *size.

@@ -1,5 +1,4 @@
-// SheetTable: where the sheets of a RecordBuffer begin and end, so that a query goes straight to a sheet. A
-// pool block of i32 entries:
+// SheetTable: where the sheets of a RecordBuffer begin and end, so that a query goes straight to a sheet. A pool block of i32 entries:
 //
 //   ENTRY               CONTENT
 //   0                   count of BOUNDSHEET records in the globals
@@ -7,8 +6,8 @@
 //   2 .. count + 1      offset of each sheet's BOF, in the order of the BOUNDSHEETs
 //   count + 2           offset of the EOF that closes the last sheet
 //
-// Invariant: an entry is read and written through the gate of record_stream.h; one outside the block reads as
-// 0. A table that is no live block thus has no sheets.
+// Invariant: an entry is read and written through the gate of record_stream.h; one outside the block reads as 0. A table that is no live
+// block thus has no sheets.
 #pragma once
 
 #include <cstdint>
@@ -40,8 +39,8 @@ inline uint32_t GlobalsEnd(const Block& table) {
   return TableEntry(table, kTableFirstSheet) - kEofSize;
 }
 
-// Extent of sheet `sheet` (1-based, trusted): from its BOF to its EOF, where a walk stops at exact equality.
-// The last sheet's end is its entry as it stands, any other's the next BOF less 4.
+// Extent of sheet `sheet` (1-based, trusted): from its BOF to its EOF, where a walk stops at exact equality. The last sheet's end is its
+// entry as it stands, any other's the next BOF less 4.
 struct SheetExtent {
   uint32_t begin;
   uint32_t end;
@@ -52,14 +51,14 @@ SheetExtent ExtentOfSheet(const Block& table, int16_t sheet);
 enum class WithoutSheets { kClosingEof, kBehindEof };
 
 // Makes the SheetTable of `buffer` (`size` bytes), which is only read and stays the caller's in every case.
-// Result: 0 made, *table is the caller's; 9, 11, 12 as below, *table is 0. REQUIRES: `table` is not null.
+// RESULT: 0 made, *table is the caller's; 9, 11, 12 as below, *table is 0. REQUIRES: `table` is not null.
 int16_t MakeSheetTable(uint32_t buffer, uint32_t* table, uint32_t size, WithoutSheets without_sheets);
 
 // Makes the SheetTable of `buffer` (`size` bytes). *table is the caller's, to be released with XLFreeHandle;
-// a table that a null `table` can't take is released. Result: 0 made; 1 the buffer is no live pool block; 9
-// no EOF in the stream, or a size of 1 or less; 11 no pool block for the table; 12 the last sheet is not
-// closed below the limit. On failure *table is 0; at 9, 11 and 12 the buffer has been released, and the
-// caller's own variable still names it, on purpose.
+// a table that a null `table` can't take is released.
+// RESULT: 0 made; 1 the buffer is no live pool block; 9 no EOF in the stream, or a size of 1 or less; 11 no
+// pool block for the table; 12 the last sheet is not closed below the limit. On failure *table is 0; at 9, 11
+// and 12 the buffer has been released, and the caller's own variable still names it, on purpose.
 int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size);
 
 }  // namespace tolvenar
