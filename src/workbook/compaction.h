@@ -30,9 +30,10 @@ constexpr int16_t kCompactNotCut = 6;      // the copy can't be cut to its size;
 constexpr int16_t kCompactNotClosed = 12;  // the last sheet has no closing EOF; the copy is freed
 
 // Copies what the walk of `buffer` (`size` bytes) meets, but for the patch records, to a new block, and
-// renews the entries of `table` and the BOUNDSHEETs of the copy. Result: 0: *copy is the caller's, *copy_size
-// the bytes kept plus 4, the last 4 bytes are zero; or a code above, with *copy 0. The buffer is unchanged in
-// every case; at 6 and 12 the table's contents have been overwritten and no longer fit it.
+// renews the entries of `table` and the BOUNDSHEETs of the copy.
+// RESULT: 0: *copy is the caller's, *copy_size the bytes kept plus 4, the last 4 bytes are zero; or a code
+// above, with *copy 0. The buffer is unchanged in every case; at 6 and 12 the table's contents have been
+// overwritten and no longer fit it.
 int16_t Compact(uint32_t buffer, uint32_t table, uint32_t size, LengthField lengths, uint32_t* copy,
                 uint32_t* copy_size);
 

@@ -2,9 +2,10 @@
 //
 //   the file   any other streams, untouched | "Workbook" or "Book": the compact records, without a BUFEND
 //
-// Invariants: (1) On disk stands the old file or the new one. A save that fails after the old stream was
-// taken out abandons the file: it is released without the commit that would put it in place without its
-// workbook. (2) 0 is the answer only when the commit of the file has told success.
+// Invariants: (1) A file is committed only when its workbook stream has been written whole. A save that fails
+// after the old stream was taken out abandons the file; off Windows, where nothing reaches the path before
+// the commit, the old file then stands there as it was. (2) 0 is the answer only when the commit has told
+// success.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +15,9 @@ namespace tolvenar {
 // Saves the workbook in *buffer (*size bytes): folds its patches away into a new block, which replaces
 // *buffer, and writes it to the compound file at `path`, as its only stream when there is no such file, else
 // in the place of its stream of BiffVersion's generation. Takes one more pool block of the buffer's size for
-// the time of the call. A null pointer, and a handle that names no live block, count as 0. Result *buffer,
-// *size             *table
+// the time of the call. A null pointer, and a handle that names no live block, count as 0.
+//
+// RESULT                                              *buffer, *size             *table
 //   0  saved                                          compact, with BUFEND       released, 0
 //   2  *buffer is 0                                   unchanged                  unchanged
 //   3  *table is 0                                    unchanged                  unchanged
@@ -29,15 +31,17 @@ namespace tolvenar {
 //   6  the write failed or was short                  block freed, both stale    released, 0
 // 104  closing the stream failed                      compact, no BUFEND         released, 0
 // 105  closing the file failed, its commit included   compact, no BUFEND         released, 0
-// With any result but 0 the file is as it was before the call. Without its BUFEND a buffer ends with an empty
-// record of type 0, which a second save copies into the stream.
+// With any result but 0 nothing has been committed. Without its BUFEND a buffer ends with an empty record of
+// type 0, which a second save copies into the stream.
 int16_t XLSaveFile(const char* path, uint32_t* buffer, uint32_t* table, uint32_t* size);
 
 // Writes the numbers 1 to `count` as i32 into a stream "Workbook" of the compound file at `path`, whatever
 // BiffVersion is, through the same calls as a save: into a new file, or in the place of that stream of an
-// existing one. Takes no pool block. Result: 0 written; 102 the file can't be opened or created, or has no
-// such stream; 103 the stream can't be created; 6 a failed or short write, or no memory for the numbers (also
-// for a negative count), with the file untouched; 104 closing the stream failed; 105 closing the file failed.
+// existing one. Takes no pool block.
+// RESULT: 0 written; 102 the file can't be opened or created, or has no such stream; 103 the stream can't be
+// created; 6 a failed or short write, or no memory for the numbers (also for a negative count); 104 closing
+// the stream failed; 105 closing the file failed, its commit included. With any but 0 nothing has been
+// committed.
 int16_t DebugSaveFile(const char* path, int32_t count);
 
 }  // namespace tolvenar

@@ -1,15 +1,16 @@
 // StmFFile and StmFItem: an open compound file and an open stream in it. The whole library reaches files
 // through these two.
 //
-//   StmFFile     FIELD                                       StmFItem     FIELD
-//   tag          8 bytes, "StmFFile", no terminator          tag          8 bytes, "StmFItem", no terminator
-//   reserved     8 bytes, zero                               reserved     8 bytes, zero
-//   storage      the open file, or null                      owner        the StmFFile whose list holds the
-//   item itemCount    number of open items                        stream       the open stream, or null
-//   firstItem    the ends of the list of open items          requested    bytes of the last read or write
-//   lastItem                                                 transferred  bytes that it really moved
-//   pendingName  released by the destructor; unused          spare        8 bytes, zero
-//                                                            previous, next
+//   StmFFile     FIELD                                     StmFItem     FIELD
+//   tag          8 bytes, "StmFFile", no terminator        tag          8 bytes, "StmFItem", no terminator
+//   reserved     8 bytes, zero                             reserved     8 bytes, zero
+//   storage      the open file, or null                    owner        the StmFFile whose list holds it
+//   itemCount    number of open items                      stream       the open stream, or null
+//   firstItem    the ends of the list of open items        requested    bytes of the last read or write
+//   lastItem                                               transferred  bytes that it really moved
+//   pendingName  released by the destructor; unused        spare        8 bytes, zero
+//                                                          previous     its neighbours in the list
+//                                                          next
 //
 // Invariants: (1) A file is open while `storage` is set, an item while `stream` is. (2) An open item is in
 // its owner's list, and the file closes its items before itself, from the head of the list on. (3) Items and
@@ -31,22 +32,28 @@ constexpr int32_t StmResult(uint32_t code) {
 }
 
 constexpr int32_t kStmDone = 0;
-constexpr int32_t kStmNoMemory =
-    StmResult(0x80000002);  // for a name or an object; also every failure to create a file
-constexpr int32_t kStmOpenStreamNoName =
-    2;  // OpenStream's own code for a name without memory, positive on purpose
-constexpr int32_t kStmAlreadyOpen = StmResult(0x80000F01);  // the StmFFile already has an open storage
-constexpr int32_t kStmNotOpen =
-    StmResult(0x80000F02);  // no open storage or stream; also every failure to open a file
-constexpr int32_t kStmNullArgument = StmResult(0x80000F03);  // null pointer argument
-constexpr int32_t kStmOwnerClosed = StmResult(0x80000F04);   // the item's owner is missing or closed
-constexpr int32_t kStmEmptyRead = StmResult(0x80000F05);     // a read of 0 bytes
-constexpr int32_t kStmBadList =
-    StmResult(0x80000F06);  // the list is inconsistent, or items stayed open at close
-constexpr int32_t kStmBadTag = StmResult(0x80000F07);    // wrong tag, or the object isn't readable
-constexpr int32_t kStmTooLarge = StmResult(0x80000F0A);  // the stream is larger than 32 bits can hold
-constexpr int32_t kStmItemStaysOpen =
-    StmResult(0x80000F80);  // bits that Close sets in the result of an item it could not close
+// No memory for a name or an object; also every failure to create a file.
+constexpr int32_t kStmNoMemory = StmResult(0x80000002);
+// OpenStream's own code for a name without memory: a positive one, on purpose.
+constexpr int32_t kStmOpenStreamNoName = 2;
+// The StmFFile already has an open storage.
+constexpr int32_t kStmAlreadyOpen = StmResult(0x80000F01);
+// No open storage or stream; also every failure to open a file.
+constexpr int32_t kStmNotOpen = StmResult(0x80000F02);
+// Null pointer argument.
+constexpr int32_t kStmNullArgument = StmResult(0x80000F03);
+// The item's owner is missing or closed.
+constexpr int32_t kStmOwnerClosed = StmResult(0x80000F04);
+// A read of 0 bytes.
+constexpr int32_t kStmEmptyRead = StmResult(0x80000F05);
+// The list of items is inconsistent, or items stayed open at close.
+constexpr int32_t kStmBadList = StmResult(0x80000F06);
+// Wrong tag, or the object isn't readable.
+constexpr int32_t kStmBadTag = StmResult(0x80000F07);
+// The stream is larger than 32 bits can hold.
+constexpr int32_t kStmTooLarge = StmResult(0x80000F0A);
+// Bits that Close sets in the result of an item that it could not close.
+constexpr int32_t kStmItemStaysOpen = StmResult(0x80000F80);
 
 constexpr uint32_t kStmTagSize = 8;
 constexpr uint32_t kStmReservedSize = 8;

@@ -49,7 +49,9 @@ TEST_F(RingTest, StreamThatEnds_IsNoRing) {
   EXPECT_EQ(RecordsBeforeRing(Block{}, 0), 0u);
 }
 
-TEST_F(RingTest, OffsetsWrapAround32Bits) { EXPECT_EQ(Count(StreamBuilder().Detour(0xFFFFFFF0)), 5u); }
+TEST_F(RingTest, OffsetsWrapAround32Bits) {
+  EXPECT_EQ(Count(StreamBuilder().Detour(0xFFFFFFF0)), 5u);
+}
 
 }  // namespace
 }  // namespace tolvenar::testing
