@@ -12,5 +12,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tolvenar-config-version.c
 install(FILES ${PROJECT_BINARY_DIR}/tolvenar-config.cmake ${PROJECT_BINARY_DIR}/tolvenar-config-version.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/tolvenar)
 
+# The prefix as seen from the pkg-config file, so that the whole can be installed anywhere and moved.
+file(RELATIVE_PATH TOLVENAR_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" TOLVENAR_PREFIX_FROM_PC "${TOLVENAR_PREFIX_FROM_PC}")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tolvenar.pc.in ${PROJECT_BINARY_DIR}/tolvenar.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tolvenar.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -4,7 +4,10 @@ target_compile_options(tolvenar_options INTERFACE -Wall -Wextra -Wpedantic -Wcon
 target_compile_features(tolvenar_options INTERFACE cxx_std_20)
 
 if(TOLVENAR_SANITIZE)
-  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_compile_options(tolvenar_options INTERFACE ${sanitizers})
-  target_link_options(tolvenar_options INTERFACE ${sanitizers})
+  set(TOLVENAR_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  if(TOLVENAR_FUZZ)
+    list(APPEND TOLVENAR_SANITIZERS -fsanitize=fuzzer-no-link)
+  endif()
+  target_compile_options(tolvenar_options INTERFACE ${TOLVENAR_SANITIZERS})
+  target_link_options(tolvenar_options INTERFACE ${TOLVENAR_SANITIZERS})
 endif()

@@ -27,12 +27,14 @@ constexpr uint8_t kLowRow = 0x08;
 constexpr uint8_t kLowBof = 0x09;
 constexpr uint8_t kLowEof = 0x0A;
 constexpr uint8_t kLowIndex = 0x0B;
+constexpr uint8_t kLowArray = 0x21;
 constexpr uint8_t kLowWindow1 = 0x3D;
 constexpr uint8_t kLowWindow2 = 0x3E;
 constexpr uint8_t kLowObj = 0x5D;
 constexpr uint8_t kLowRk = 0x7E;
 constexpr uint8_t kLowBoundSheet = 0x85;
 constexpr uint8_t kLowPalette = 0x92;
+constexpr uint8_t kLowShrFmla = 0xBC;
 constexpr uint8_t kLowMulRk = 0xBD;
 constexpr uint8_t kLowMulBlank = 0xBE;
 constexpr uint8_t kLowRString = 0xD6;
@@ -101,8 +103,10 @@ struct DimensionsFields {
 constexpr DimensionsFields kDimensionsBiff5 = {4, 6, 8, 10};
 constexpr DimensionsFields kDimensionsBiff8 = {4, 8, 12, 14};
 
-// ROW: row u16.
+// ROW: row u16, first column u16, last column plus 1 u16, then height and the rest of the row's looks.
 constexpr uint32_t kRowNumber = 4;
+constexpr uint32_t kRowFirstColumn = 6;
+constexpr uint32_t kRowPastColumn = 8;
 
 // Cells: row u16, column u16 (a run: first column), XF u16 (a run: of its first cell), then what the kind
 // holds.
@@ -121,6 +125,14 @@ constexpr uint32_t kFormulaResult = kCellBody;      // 8 bytes
 constexpr uint32_t kFormulaResultKind = kCellBody;  // u8, of a result that is no number
 constexpr uint32_t kFormulaResultTag = 16;          // u16: 0xFFFF when the result is no number
 constexpr uint32_t kLabelSstIndex = kCellBody;      // u32
+
+// Formulas: a length u16, then the tokens. In a cell, in an ARRAY and in a SHRFMLA.
+constexpr uint32_t kFormulaLength = 24;
+constexpr uint32_t kFormulaTokens = 26;
+constexpr uint32_t kArrayFormulaLength = 16;
+constexpr uint32_t kArrayFormulaTokens = 18;
+constexpr uint32_t kSharedFormulaLength = 12;
+constexpr uint32_t kSharedFormulaTokens = 14;
 
 // Runs: cells from kCellXf on, then the last column as the last u16 of the payload.
 constexpr uint32_t kMulRkCell = 6;             // XF u16, RK 4 bytes

@@ -140,7 +140,12 @@ class TableList {
   }
 
  private:
+  // A list can end before its count is reached. What the table then doesn't cover has no next sector.
   HRESULT Take(uint32_t sector, std::vector<Extent>* extents) {
+    if (sector == kFreeSector) {
+      wanted_ = 0;
+      return S_OK;
+    }
     if (!seen_.Enter(sector)) return kStgDocFileCorrupt;
     Append(extents, SectorOffset(reader_, sector), SectorSize(reader_));
     --wanted_;

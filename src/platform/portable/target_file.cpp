@@ -7,9 +7,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#if defined(__linux__)
+#include <sys/xattr.h>
+#endif
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <vector>
 
 #include "platform/portable/file_io.h"
@@ -127,7 +132,9 @@ HRESULT TryLockTarget(TargetFile* target) {
 // another.
 HRESULT RemoveStale(const TargetFile& target) {
   const char* name = target.stage_name.c_str();
-  int stale = openat(target.folder, name, O_RDONLY | kFileFlags);
+  // Some file systems lock only what is open for writing.
+  int stale = openat(target.folder, name, O_RDWR | kFileFlags);
+  if (stale < 0 && errno == EACCES) stale = openat(target.folder, name, O_RDONLY | kFileFlags);
   if (stale < 0 && errno == ENOENT) return S_OK;
   // Under this name, what can't be opened can only be left over by another user, if the target is held.
   HRESULT result = stale >= 0 ? Lock(stale) : target.file >= 0 ? S_OK : kStgAccessDenied;
@@ -142,18 +149,45 @@ HRESULT RemoveStale(const TargetFile& target) {
   return result;
 }
 
+// Copies what else the system holds about a file, access lists among it, as far as it lets.
+void CopyAttributes(int from, int to) {
+#if defined(__linux__)
+  char names[4096];
+  const ssize_t size = flistxattr(from, names, sizeof names);
+  for (ssize_t at = 0; at < size;) {
+    const char* name = names + at;
+    char value[4096];
+    const ssize_t length = fgetxattr(from, name, value, sizeof value);
+    if (length >= 0 && fsetxattr(to, name, value, static_cast<size_t>(length), 0) != 0) errno = 0;
+    at += static_cast<ssize_t>(std::strlen(name)) + 1;
+  }
+#else
+  static_cast<void>(from);
+  static_cast<void>(to);
+#endif
+}
+
 // Gives the new file the owner and the mode of the one that it replaces. A user who may not give files away
 // keeps the new one, with as much of the rest as can be had: a save that changes the owner is better than
 // none.
-void TakeOwnerAndMode(int stage, int file) {
+void TakeOwnerAndMode(int file, int stage) {
   struct stat status;
   struct stat own;
   if (fstat(file, &status) != 0 || fstat(stage, &own) != 0) return;
   const bool same = status.st_uid == own.st_uid && status.st_gid == own.st_gid;
   const bool given = same || fchown(stage, status.st_uid, status.st_gid) == 0;
   if (!given && fchown(stage, static_cast<uid_t>(-1), status.st_gid) != 0) errno = 0;
+  CopyAttributes(file, stage);
   const mode_t mask = given ? 07777 : 0777;
   if (fchmod(stage, status.st_mode & mask) != 0) errno = 0;
+}
+
+// Brings what was written to disk.
+HRESULT SyncFile(int file) {
+  while (fsync(file) != 0) {
+    if (errno != EINTR) return ResultOfError(errno, kStgWriteFault);
+  }
+  return S_OK;
 }
 
 // Writes zeros where the system can't take room without writing.
@@ -259,7 +293,7 @@ HRESULT OpenStage(TargetFile* target) {
     }
     // Between making and locking it, somebody may take it for left over and remove it.
     if (Lock(stage) == S_OK && NameHolds(target->folder, target->stage_name, stage)) {
-      if (target->file >= 0) TakeOwnerAndMode(stage, target->file);
+      if (target->file >= 0) TakeOwnerAndMode(target->file, stage);
       target->stage = stage;
       target->reserved = 0;
       return S_OK;
@@ -279,8 +313,8 @@ HRESULT ReserveStage(TargetFile* target, uint64_t size) {
 
 HRESULT CommitStage(TargetFile* target, uint64_t size) {
   if (ftruncate(target->stage, static_cast<off_t>(size)) != 0) return ResultOfError(errno, kStgWriteFault);
-  if (fsync(target->stage) != 0) return ResultOfError(errno, kStgWriteFault);
-  const HRESULT result = MoveIntoPlace(*target);
+  HRESULT result = SyncFile(target->stage);
+  if (result == S_OK) result = MoveIntoPlace(*target);
   if (result != S_OK) return result;
   CloseFile(&target->file);
   target->file = target->stage;

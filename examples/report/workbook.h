@@ -1,0 +1,88 @@
+// A workbook as a C++ program would hold it: the library's three values (buffer, size and table) with one
+// owner, result codes turned into exceptions that say what went wrong, and the arrays turned into tables of
+// text. Take it and make it yours.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tolvenar/tolvenar.h"
+
+namespace report {
+
+// A call that gave another result than success.
+class Failure : public std::runtime_error {
+ public:
+  Failure(const std::string& what, int result);
+  int result() const { return result_; }
+
+ private:
+  int result_;
+};
+
+// A cell, as it was read. Text that was no text in the workbook is a number's, with six decimals.
+struct Cell {
+  enum class Kind { kEmpty, kNumber, kText, kFormula };
+  Kind kind = Kind::kEmpty;
+  std::string text;
+};
+
+// A worksheet's used range, 1-based and inclusive, and its cells: rows[0] is the first row of the range.
+struct Sheet {
+  int first_row = 1;
+  int first_column = 1;
+  std::vector<std::vector<Cell>> rows;
+  std::vector<std::vector<int>> xfs;  // the index of each cell's format; -1 where there is none to read
+};
+
+// How many patch records the buffer holds.
+struct Patches {
+  int detours = 0;  // jumps to a patch
+  int resumes = 0;  // jumps back
+  int slacks = 0;   // free room that a patch has left
+  int ends = 0;     // the end of the stream
+};
+
+class Workbook {
+ public:
+  // Opens a workbook. Nobody else may have it open meanwhile; it is closed again when this returns.
+  explicit Workbook(const std::filesystem::path& path);
+  ~Workbook();
+  Workbook(const Workbook&) = delete;
+  Workbook& operator=(const Workbook&) = delete;
+
+  int SheetCount() const;
+  // 5 for Excel 5.0 and 95, 6 for Excel 97 to 2003.
+  int Generation() const;
+  uint32_t Size() const { return size_; }
+
+  // Sheets count from 1. In a workbook of generation 5 a name comes without its first letter.
+  std::string SheetName(int sheet) const;
+  bool IsWorksheet(int sheet) const;
+  Sheet ReadSheet(int sheet) const;
+  Patches CountPatches() const;
+
+  // Each of these gives false where the workbook has no room for the cell: it has to lie inside the used
+  // range, in a row that the workbook describes.
+  bool PutNumber(int sheet, int row, int column, double number);
+  bool PutText(int sheet, int row, int column, const std::string& text);
+  bool PutNothing(int sheet, int row, int column);
+  bool PutFormat(int sheet, int row, int column, int xf);
+
+  // Saves into `path`: into the place of the workbook in a file that is there, else as a new file.
+  void Save(const std::filesystem::path& path);
+
+ private:
+  bool Put(int sheet, int row, int column, VARIANT* value);
+  void ReadValues(int sheet, Sheet* into) const;
+  void ReadFormats(int sheet, Sheet* into) const;
+
+  uint32_t buffer_ = 0;
+  uint32_t size_ = 0;
+  uint32_t table_ = 0;
+};
+
+}  // namespace report

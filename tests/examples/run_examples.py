@@ -1,0 +1,124 @@
+"""Runs the examples as a user would, and reads with an independent program what they wrote.
+
+    run_examples.py FIRST_HOST REPORT FOLDER_OF_SAMPLES
+"""
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import xlrd
+
+FIRST_HOST, REPORT, SAMPLES = sys.argv[1:4]
+SAMPLE_NAMES = ("sample_biff5.xls", "sample_biff8.xls")
+
+
+def run(*command):
+    return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60)
+
+
+def read(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+class Examples(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.out = os.path.join(self.folder.name, "out")
+        for name in SAMPLE_NAMES:
+            shutil.copyfile(os.path.join(SAMPLES, name), self.path(name))
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    def path(self, name):
+        return os.path.join(self.folder.name, name)
+
+    def write(self, name, data):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+        return self.path(name)
+
+    def refused(self, path, sentence, result):
+        answer = run(REPORT, "--out", self.out, path)
+        self.assertEqual(answer.returncode, 1, answer)
+        self.assertIn(sentence, answer.stderr)
+        self.assertIn("(result %d)" % result, answer.stderr)
+        self.assertFalse(os.path.exists(os.path.join(self.out, os.path.basename(path))))
+
+    def test_first_host_writes_its_number(self):
+        for name in SAMPLE_NAMES:
+            saved = self.path("first_" + name)
+            self.assertEqual(run(FIRST_HOST, self.path(name), saved).returncode, 0)
+            sheet = xlrd.open_workbook(saved).sheet_by_index(0)
+            self.assertEqual(sheet.cell_value(1, 2), 42.0)
+            self.assertEqual(sheet.row_values(2)[1:5], ["South", 80.0, 1.0, 17.5])
+
+    def test_first_host_tells_by_its_status_that_there_is_no_workbook(self):
+        self.assertEqual(run(FIRST_HOST, self.path("missing.xls"), self.path("saved.xls")).returncode, 1)
+        self.assertFalse(os.path.exists(self.path("saved.xls")))
+
+    def test_report_changes_four_cells_of_each_sample(self):
+        answer = run(REPORT, "--out", self.out, *(self.path(name) for name in SAMPLE_NAMES))
+        self.assertEqual(answer.returncode, 0, answer)
+        self.assertEqual(answer.stdout.count("  Wrote "), 2 * 4, answer.stdout)
+        for name in SAMPLE_NAMES:
+            values = self.values(os.path.join(self.out, name))
+            self.assertIn(1234.5, values)
+            self.assertIn("changed", values)
+            self.assertEqual(len([value for value in self.values(self.path(name)) if value == 1234.5]), 0)
+
+    def values(self, path):
+        sheet = xlrd.open_workbook(path).sheet_by_index(0)
+        return [value for row in range(sheet.nrows) for value in sheet.row_values(row)]
+
+    def test_report_shows_patches_come_and_go(self):
+        text = run(REPORT, "--out", self.out, self.path("sample_biff8.xls")).stdout
+        counts = re.findall(r"(As \w+): \d+ bytes with (\d+) DETOUR, (\d+) RESUME, (\d+) SLACK and (\d+) BUFEND", text)
+        self.assertEqual([count[0] for count in counts], ["As opened", "As changed", "As saved", "As opened"])
+        self.assertEqual(counts[0][1:], ("0", "0", "0", "1"))
+        self.assertGreater(int(counts[1][1]), 0)
+        self.assertEqual(counts[2][1:], ("0", "0", "0", "1"))
+        self.assertEqual(counts[3][1:], ("0", "0", "0", "1"))
+
+    def test_report_leaves_the_original_as_it_is(self):
+        before = read(self.path("sample_biff5.xls"))
+        run(REPORT, "--out", self.out, self.path("sample_biff5.xls"))
+        self.assertEqual(read(self.path("sample_biff5.xls")), before)
+        answer = run(REPORT, "--out", self.folder.name, self.path("sample_biff5.xls"))
+        self.assertEqual(answer.returncode, 1)
+        self.assertIn("would replace the workbook itself", answer.stderr)
+        self.assertEqual(read(self.path("sample_biff5.xls")), before)
+
+    def test_report_keeps_the_other_streams(self):
+        import olefile
+        run(REPORT, "--out", self.out, self.path("sample_biff5.xls"))
+        with olefile.OleFileIO(self.path("sample_biff5.xls")) as old, olefile.OleFileIO(os.path.join(self.out, "sample_biff5.xls")) as new:
+            self.assertEqual(sorted(old.listdir()), sorted(new.listdir()))
+            properties = "\x05SummaryInformation"
+            self.assertEqual(old.openstream(properties).read(), new.openstream(properties).read())
+
+    def test_report_refuses_a_path_that_is_missing(self):
+        self.refused(self.path("missing.xls"), "can't be opened", 101)
+
+    def test_report_refuses_what_is_no_compound_file(self):
+        self.refused(self.write("text.xls", b"no workbook at all\n" * 100), "can't be opened", 101)
+
+    def test_report_refuses_a_compound_file_without_a_workbook(self):
+        data = read(self.path("sample_biff8.xls"))
+        name = "Workbook".encode("utf-16-le")
+        self.assertEqual(data.count(name), 1)
+        self.refused(self.write("other.xls", data.replace(name, "Wirkbook".encode("utf-16-le"))), "holds no workbook", 102)
+
+    def test_report_without_a_workbook_says_how_it_is_called(self):
+        answer = run(REPORT)
+        self.assertEqual(answer.returncode, 2)
+        self.assertIn("usage:", answer.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,124 @@
+"""The house checks can fail: each is given a small project with one thing wrong in it, and has to find that thing."""
+import pathlib
+import sys
+import tempfile
+import unittest
+
+import check_exports
+import check_layers
+import check_readme
+import check_sources
+import check_tests
+import check_words
+
+PURPOSE = "// A file that is there to be looked at.\n"
+
+
+class Checks(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.project = pathlib.Path(self.folder.name)
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    def write(self, name, text):
+        path = self.project / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+        return path
+
+    def one(self, problems, part):
+        self.assertEqual(len(problems), 1, problems)
+        self.assertIn(part, problems[0])
+
+    def test_include_downward_is_fine(self):
+        self.write("src/edit/a.cpp", '#include "query/b.h"\n#include "platform/c.h"\n#include "tolvenar/tolvenar.h"\n')
+        self.assertEqual(check_layers.problems(self.project), [])
+
+    def test_include_upward(self):
+        self.write("src/foundation/a.cpp", PURPOSE + '#include "workbook/b.h"\n')
+        self.one(check_layers.problems(self.project), "src/foundation/a.cpp:2: foundation may not include workbook")
+
+    def test_include_of_a_sibling(self):
+        self.write("src/sheet/a.cpp", '#include "edit/b.h"\n')
+        self.one(check_layers.problems(self.project), "sheet may not include edit")
+
+    def test_include_of_what_one_platform_keeps_to_itself(self):
+        self.write("src/platform/windows/a.cpp", '#include "platform/portable/b.h"\n')
+        self.one(check_layers.problems(self.project), "platform/portable is known there alone")
+
+    def test_include_without_a_layer(self):
+        self.write("src/query/a.cpp", '#include "b.h"\n')
+        self.one(check_layers.problems(self.project), "names its layer")
+
+    def test_host_that_looks_inside(self):
+        self.write("tests/host/a.c", '#include "foundation/memory_pool.h"\n')
+        self.one(check_layers.problems(self.project), "public headers only")
+
+    def test_exports_that_differ(self):
+        header = "/* Result: 0. */\nTOLVENAR_API int TOLVENAR_CALL A(void);\n/* Result: 0. */\nTOLVENAR_API int B(int a,\n  int b);\n"
+        self.assertEqual(check_exports.declared(header), ["A", "B"])
+        def_names = check_exports.in_def_file("LIBRARY x\nEXPORTS\n  A\n  C\n")
+        self.assertEqual(
+            check_exports.compare("def", def_names, "header", check_exports.declared(header)),
+            ["C: in def, but not in header", "B: in header, but not in def"])
+
+    def test_export_without_a_result(self):
+        header = "/* Does. Result: 0. */\nTOLVENAR_API int A(void);\n/* Does. */\nTOLVENAR_API int B(void);\n"
+        self.one(check_exports.undocumented(header), "B: no comment")
+
+    def test_file_without_a_purpose(self):
+        self.write("src/query/a.cpp", "#include <vector>\n")
+        self.one(check_sources.problems(self.project), "does not begin with a comment")
+
+    def test_file_that_is_too_long(self):
+        self.write("src/query/a.cpp", PURPOSE + "\n" * check_sources.LONGEST_FILE)
+        self.one(check_sources.problems(self.project), "has more than")
+
+    def test_bytes_read_by_a_cast(self):
+        self.write("src/query/a.cpp", PURPOSE + "// reinterpret_cast<int16_t*>\nauto a = *reinterpret_cast<const uint16_t*>(p);\n")
+        self.one(check_sources.problems(self.project), "src/query/a.cpp:3")
+
+    def test_export_that_decides(self):
+        self.write("src/exports/a.cpp", PURPOSE + "// if\nint A(int a) { if (a) return 1; return 0; }\n")
+        self.one(check_sources.problems(self.project), "src/exports/a.cpp:3: an export only forwards")
+
+    def test_words_from_elsewhere(self):
+        self.write("docs/a.md", "Line one.\nAs %s 3 says.\n" % "Part")
+        self.one(check_words.problems(self.project), "docs/a.md:2")
+
+    def test_folder_of_one_machine(self):
+        self.write("scripts/a", "cd %s/x\n" % "/home")
+        self.one(check_words.problems(self.project), "a folder of one machine")
+
+    def test_test_that_is_not_run(self):
+        path = self.write("tests/query/a_test.cpp", "TEST(A, Runs) {\n}\nTEST_P(B, Runs) {\n}\nTEST(A, IsForgotten) {\n}\n")
+        problems = check_tests.file_problems(self.project, path, {"A.Runs", "All/B.Runs/0"})
+        self.one(problems, "A.IsForgotten is not run")
+
+    def test_test_that_is_for_windows_alone(self):
+        text = "#if !defined(_WIN32)\nTEST(A, Runs) {\n}\n#else\nTEST(A, RunsThere) {\n}\n#endif\nTEST(A, RunsToo) {\n}\n"
+        path = self.write("tests/query/a_test.cpp", text)
+        self.assertEqual(check_tests.file_problems(self.project, path, {"A.Runs", "A.RunsToo"}), [])
+        self.one(check_tests.file_problems(self.project, path, {"A.Runs", "A.RunsThere"}), "A.RunsToo is not run")
+
+    def test_test_that_is_switched_off(self):
+        path = self.write("tests/query/a_test.cpp", "TEST(A, DISABLED_Runs) {\n}\n")
+        self.one(check_tests.file_problems(self.project, path, {"A.DISABLED_Runs"}), "switched off")
+
+    def test_test_that_is_too_long(self):
+        path = self.write("tests/query/a_test.cpp", "TEST(A, Runs) {\n" + "\n" * (check_tests.LONGEST_BODY + 1) + "}\n")
+        self.one(check_tests.file_problems(self.project, path, {"A.Runs"}), "lines")
+
+    def test_readme_that_shows_another_program(self):
+        self.assertEqual(check_readme.sample_problems("```c\nint a;\n```\n", "int a;\n"), [])
+        self.one(check_readme.sample_problems("```c\nint a;\n```\n", "int b;\n"), "does not show")
+
+    def test_link_to_nowhere(self):
+        self.write("docs/a.md", "[here](a.md) [there](b.md) [far](https://example.org/c.md)\n")
+        self.one(check_readme.dead_links(self.project), "links to b.md")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
