@@ -340,6 +340,137 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLDeleteRow(uint32_t* buffer, uint32_t table,
 TOLVENAR_API int16_t TOLVENAR_CALL XLDeleteCol(uint32_t* buffer, uint32_t table, uint32_t* size,
                                                int16_t sheet, int16_t column);
 
+/* ---- New workbooks and sheets --------------------------------------------------------------
+ *
+ * A new workbook is made in memory, gets its sheets, and is saved:
+ *
+ *   XLCreateEmptyBook(&buffer, &size, 8);
+ *   XLAppendVariantSheet(&buffer, &size, "Sales", columns, rows, cells, xf);
+ *   XLLocateSheets(buffer, &table, size);
+ *   XLSaveFile("report.xls", &buffer, &table, &size);
+ *
+ * Sheets can be added to any workbook, also one that was opened and edited. Adding one makes every SheetTable
+ * of before stale.
+ *
+ * Cells. A VARIANT becomes a number (VT_I2, VT_I4, VT_R4, VT_R8; VT_DATE without its time of day; VT_CY as
+ * the double of the same 8 bytes), a text (VT_BSTR, also VT_BYREF: the low byte of each unit) or a blank
+ * (VT_EMPTY, and any other type). Numbers have single precision: about seven digits. Each column has one XF
+ * index, 0-based, for all its cells; a null array of XFs is XF 0.
+ *
+ * Result of the appends: the number of the new sheet, from 1 on; or
+ *   -2  an append failed: the pool has no larger block. The new buffer is released and *buffer is 0
+ *   -4  no buffer, or no pool block for the new one: nothing has changed
+ *   -5  the sheet's body could not be built: the pool has no larger block, or a cell is VT_NULL
+ *   -7  the stream could not be laid out anew, -8 its sheets could not be located. Either code also where the
+ *       buffer has patches that can't be folded away first: nothing has changed then; otherwise, at -8 the
+ *       workbook is released and *buffer is 0
+ * After -5 and -2 the old buffer is still live, and after -5 *buffer names the new one where it was before it
+ * grew: a caller that wants the old one back, or its slot, keeps a copy of the handle. Nothing is rolled
+ * back: the old buffer's sheets are deselected. */
+
+/* Makes a workbook of globals alone, without a sheet, and sets the BIFF generation that the library works
+ * with from now on.
+ *   buffer    out: the buffer, the caller's to release with XLFreeHandle; it has no BUFEND
+ *   size      out: its size: 1168 bytes, in BIFF8 1382
+ *   selector  8: BIFF8; any other value: BIFF5
+ * Result: 0 made; -1 no pool block: nothing has changed; -2 an append failed. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLCreateEmptyBook(uint32_t* buffer, uint32_t* size, int32_t selector);
+
+/* Makes the SheetTable of a new workbook: as XLLocateSheets, but without sheets its last entry is the offset
+ * behind the globals.
+ *   table  out: the table, the caller's to release with XLFreeHandle; 0 on failure
+ * Result: 0 made; 1 null buffer; 9 the stream has no EOF; 11 no pool block for the table; 12 the last sheet
+ * isn't closed. With 9, 11 and 12 the buffer has been released: forget it. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLEmptyBookLocateSheets(uint32_t buffer, uint32_t* table, int32_t size);
+
+/* Adds an empty worksheet.
+ *   name  8-bit; null or empty makes it "Sheet" and its number
+ *   cols, rows  its used range, which is stated one larger in each direction; a ROW for each row
+ * Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLAppendSheet(uint32_t* buffer, uint32_t* size, const char* name,
+                                                 int16_t cols, int16_t rows);
+
+/* Adds a worksheet of text cells.
+ *   texts  rows x cols 8-bit texts, row by row. Of each, twice its length is copied into its record, so it
+ *          must have that many readable bytes; what stands behind its zero is stored and never shown
+ * Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLAppendFullSheet(uint32_t* buffer, uint32_t* size, const char* name,
+                                                     int16_t cols, int16_t rows, const char* const* texts);
+
+/* Adds a worksheet of values.
+ *   cells  addresses of rows x cols VARIANTs, row by row
+ *   xf     the XF of each column
+ * Result: as above; a VT_NULL gives -5. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLAppendVariantSheet(uint32_t* buffer, uint32_t* size, const char* name,
+                                                        int16_t cols, int16_t rows,
+                                                        const VARIANT* const* cells, const uint16_t* xf);
+
+/* The same from arrays; it takes two more pool blocks, of 4 and 16 bytes a cell.
+ *   cells  an array of VT_VARIANT with one index, 0 to rows x cols - 1, row by row
+ *   xf     an array of 16-bit integers, one for each column
+ * Texts that the array gives are copied, and the copies are not released.
+ * Result: as above; -5 also when the two blocks can't be had, and nothing has changed. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLAppendVariantSheetVB(uint32_t* buffer, uint32_t* size, const char* name,
+                                                          int16_t cols, int16_t rows, SAFEARRAY** cells,
+                                                          SAFEARRAY** xf);
+
+/* Appends the records of a worksheet of values behind the end of a buffer that AppendVariantSheet1 made; the
+ * arguments are those of XLAppendVariantSheet.
+ * Result: 0 done, *size is behind the sheet; 2 a cell is VT_NULL; -2 an append failed. After 2 and -2
+ * *buffer and *size are as they were, though the block may have moved or be released. */
+TOLVENAR_API int16_t TOLVENAR_CALL CreateVariantSheet(uint32_t* buffer, uint32_t* size, int16_t cols,
+                                                      int16_t rows, const VARIANT* const* cells,
+                                                      const uint16_t* xf);
+
+/* A sheet in stages, for tables that come slice by slice or are too large to be held at once:
+ *
+ *   sheet = AppendVariantSheet1(&buffer, &size, "Sales");                    enters it into the workbook
+ *   CreateVariantSheet1A(&buffer, &size, columns, rows, &position);           its head, range and rows
+ *   CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 5, 100, cells, xf); 5 columns, rows 0 to 99
+ *   CreateVariantSheet2A(&buffer, &size, &position, 0, 100, 5, 100, ...);     and so on
+ *   CreateVariantSheet3(&buffer, &size, &position);                           its tail
+ *   AppendVariantSheet2(&buffer, &size, sheet);                               a workbook again
+ *
+ * or, with all cells at once, CreateVariantSheet1 and CreateVariantSheet2 in the place of the two A calls.
+ * The order is not checked. Between the calls `position` is the end of the stream and `size` means nothing.
+ * A call that gives -2 has released the workbook: *buffer is 0.
+ *
+ * Result of AppendVariantSheet1: the sheet's number; -2 no buffer, no pool block, or patches that can't be
+ * folded away: the workbook is as it was, but *size may have changed. */
+TOLVENAR_API int16_t TOLVENAR_CALL AppendVariantSheet1(uint32_t* buffer, uint32_t* size, const char* name);
+
+/* Opens the sheet. Result: 0; -2. */
+TOLVENAR_API int16_t TOLVENAR_CALL CreateVariantSheet1(uint32_t* buffer, uint32_t* size, uint32_t* position);
+
+/* Opens the sheet and states its range: `cols` and `rows`, at most 65534 each, stated one larger; a ROW for
+ * each row, at least one. Result: 0; -2. */
+TOLVENAR_API int16_t TOLVENAR_CALL CreateVariantSheet1A(uint32_t* buffer, uint32_t* size, int32_t cols,
+                                                        int32_t rows, uint32_t* position);
+
+/* States the range and writes all cells: `cells` holds rows x cols VARIANTs, row by row, and a VT_NULL is a
+ * blank. Result: 0; -2. */
+TOLVENAR_API int16_t TOLVENAR_CALL CreateVariantSheet2(uint32_t* buffer, uint32_t* size, uint32_t* position,
+                                                       int16_t cols, int16_t rows, const VARIANT* cells,
+                                                       const uint16_t* xf);
+
+/* Writes a slice: `cells` holds its rows x cols VARIANTs, row by row, `xf` its columns' XFs; the first cell
+ * goes to row firstRow, column firstCol, 0-based. Result: 0; -2. */
+TOLVENAR_API int16_t TOLVENAR_CALL CreateVariantSheet2A(uint32_t* buffer, uint32_t* size, uint32_t* position,
+                                                        uint16_t firstCol, uint16_t firstRow, uint16_t cols,
+                                                        uint16_t rows, const VARIANT* cells,
+                                                        const uint16_t* xf);
+
+/* Closes the sheet; *size is true again. Result: 0; -2. */
+TOLVENAR_API int16_t TOLVENAR_CALL CreateVariantSheet3(uint32_t* buffer, uint32_t* size, uint32_t* position);
+
+/* Finishes the workbook. Result: `sheet`, unchanged; -2, -8: released, *buffer is 0; -7 no pool block for the
+ * new layout. */
+TOLVENAR_API int16_t TOLVENAR_CALL AppendVariantSheet2(uint32_t* buffer, uint32_t* size, int16_t sheet);
+
+/* Writes a BUFEND behind the end of a buffer. Result: 0, *size is behind it; -2: the buffer is released,
+ * *buffer is 0 and *size 0xFFFFFFFF. */
+TOLVENAR_API int16_t TOLVENAR_CALL AddZemblerRecord(uint32_t* buffer, uint32_t* size);
+
 #ifdef __cplusplus
 }
 #endif

@@ -28,9 +28,12 @@ constexpr uint8_t kLowBof = 0x09;
 constexpr uint8_t kLowEof = 0x0A;
 constexpr uint8_t kLowIndex = 0x0B;
 constexpr uint8_t kLowArray = 0x21;
+constexpr uint8_t kLowWindow1 = 0x3D;
+constexpr uint8_t kLowWindow2 = 0x3E;
 constexpr uint8_t kLowObj = 0x5D;
 constexpr uint8_t kLowRk = 0x7E;
 constexpr uint8_t kLowBoundSheet = 0x85;
+constexpr uint8_t kLowPalette = 0x92;
 constexpr uint8_t kLowShrFmla = 0xBC;
 constexpr uint8_t kLowMulRk = 0xBD;
 constexpr uint8_t kLowMulBlank = 0xBE;
@@ -48,6 +51,14 @@ constexpr uint16_t kTypeRk = 0x027E;
 constexpr uint16_t kTypeMulRk = 0x00BD;
 constexpr uint16_t kTypeMulBlank = 0x00BE;
 
+constexpr uint16_t kTypeColInfo = 0x007D;
+constexpr uint16_t kTypeDefColWidth = 0x0055;
+constexpr uint16_t kTypeBoundSheet = 0x0085;
+constexpr uint16_t kTypeXf = 0x00E0;
+constexpr uint16_t kTypeDimensions = 0x0200;
+constexpr uint16_t kTypeDefaultRowHeight = 0x0225;
+constexpr uint16_t kTypeBof = 0x0809;
+
 // BOF: version u16, substream type u16.
 constexpr uint32_t kBofVersionHigh = 5;    // u8: the generation
 constexpr uint32_t kBofSubstream = 6;      // u8, low byte of the type
@@ -55,6 +66,11 @@ constexpr uint32_t kBofSubstreamHigh = 7;  // u8
 
 // EOF has no payload.
 constexpr uint32_t kEofSize = kHeaderSize;
+
+// WINDOW1 and WINDOW2: what the sheet that is added last changes in them.
+constexpr uint32_t kWindow1ActiveTab = 14;   // u16, of which the low byte is written
+constexpr uint32_t kWindow1FirstTab = 16;    // u16, likewise
+constexpr uint32_t kWindow2OptionsHigh = 5;  // u8
 
 // BOUNDSHEET: BOF offset u32, state and type u16, name length u8, a byte that is skipped, the name.
 constexpr uint32_t kBoundSheetBof = 4;
@@ -125,7 +141,7 @@ constexpr uint32_t kMulRkFirstRk = kCellBody;  // RK of the first cell
 constexpr uint32_t kRunLastColumnFromEnd = 2;  // last column at offset + length + this
 
 // Sizes of the records that are written, header included.
-constexpr uint32_t kBlankSize = kHeaderSize + 6;  // row, column, XF
+constexpr uint32_t kBlankSize = kHeaderSize + 6;     // row, column, XF
 constexpr uint32_t kRowSize = kHeaderSize + 6 + 10;  // row, first column, last column plus 1, the rest
 constexpr uint32_t kNumberSize = kHeaderSize + 6 + 8;
 constexpr uint32_t kRkSize = kHeaderSize + 6 + 4;

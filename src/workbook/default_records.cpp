@@ -229,11 +229,6 @@ static_assert(kFormatOddText.size() == 29 && kFormats[kFormatOddInBiff8].text.si
 constexpr std::string_view kWriterBiff5 = "zovi";
 constexpr std::string_view kWriterBiff8 = "Torvek";
 
-// WINDOW1 and WINDOW2 of BIFF5 take the variant into these bytes of the record.
-constexpr uint32_t kWindow1ActiveTab = 14;
-constexpr uint32_t kWindow1FirstTab = 16;
-constexpr uint32_t kWindow2OptionsHigh = 5;
-
 // A block of `total` bytes with a record header whose length is that of the rest. 0 when the pool refuses.
 uint32_t MakeBlock(uint32_t* size, uint16_t type, uint32_t total) {
   const uint32_t block = MEMORYALLOC(static_cast<int32_t>(total));
@@ -248,6 +243,7 @@ void PutText(uint32_t block, uint32_t at, std::string_view text) {
   std::memcpy(BlockBytes(block) + at, text.data(), text.size());
 }
 
+// WINDOW1 and WINDOW2 of BIFF5 hold the variant.
 void PutVariant(uint32_t block, int16_t key, uint8_t variant) {
   if (BiffVersion != kBiff5) return;
   if (key == kKeyWindow1)

@@ -43,27 +43,27 @@ uint32_t FindClosingEof(const Block& block, uint32_t bof, uint32_t limit) {
   return limit;
 }
 
-int16_t Fail(int16_t result, uint32_t buffer, uint32_t* table) {
+int16_t Fail(int16_t result, uint32_t* table) {
   MEMORYFREE(table);
-  MEMORYFREE(&buffer);
   return result;
 }
 
-int16_t Locate(uint32_t buffer, uint32_t* table, uint32_t size) {
+}  // namespace
+
+int16_t MakeSheetTable(uint32_t buffer, uint32_t* table, uint32_t size, WithoutSheets without_sheets) {
   *table = 0;
-  if (MEMORYISHANDLE(buffer) == 0) return kNoBuffer;
   const Block block = OpenBlock(buffer);
   const int32_t limit = static_cast<int32_t>(size - 1);
-  if (limit <= 0) return Fail(kNoEof, buffer, table);
+  if (limit <= 0) return Fail(kNoEof, table);
   const uint32_t end = static_cast<uint32_t>(limit);
   const uint32_t eof = FindGlobalsEof(block, end);
-  if (eof >= end) return Fail(kNoEof, buffer, table);
+  if (eof >= end) return Fail(kNoEof, table);
 
   int16_t count = 0;  // 16 bits, as the queries read it
   ForEachBoundSheet(block, eof, [&](uint32_t) { count = static_cast<int16_t>(count + 1); });
   *table = MEMORYALLOC(count * static_cast<int32_t>(kTableEntrySize) +
                        static_cast<int32_t>(kTableExtraEntries * kTableEntrySize));
-  if (*table == 0) return Fail(kNoTable, buffer, table);
+  if (*table == 0) return Fail(kNoTable, table);
   const Block entries = OpenBlock(*table);
   PutTableEntry(entries, 0, static_cast<uint32_t>(static_cast<int32_t>(count)));
   PutTableEntry(entries, kTableGlobalsBegin, 0);
@@ -71,14 +71,16 @@ int16_t Locate(uint32_t buffer, uint32_t* table, uint32_t size) {
   ForEachBoundSheet(block, eof,
                     [&](uint32_t at) { PutTableEntry(entries, entry++, U32At(block, at + kBoundSheetBof)); });
 
+  if (count == 0 && without_sheets == WithoutSheets::kBehindEof) {
+    PutTableEntry(entries, kTableFirstSheet, eof + kEofSize);
+    return kLocated;
+  }
   const uint32_t last = TableEntry(entries, static_cast<uint32_t>(count + 1));
   const uint32_t closing = FindClosingEof(block, last, end);
-  if (closing >= end) return Fail(kLastSheetOpen, buffer, table);
+  if (closing >= end) return Fail(kLastSheetOpen, table);
   PutTableEntry(entries, static_cast<uint32_t>(count + 2), closing);
   return kLocated;
 }
-
-}  // namespace
 
 SheetExtent ExtentOfSheet(const Block& table, int16_t sheet) {
   const uint32_t entry = static_cast<uint32_t>(sheet) + 1;
@@ -88,7 +90,11 @@ SheetExtent ExtentOfSheet(const Block& table, int16_t sheet) {
 
 int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size) {
   uint32_t unwanted = 0;
-  const int16_t result = Locate(buffer, table != nullptr ? table : &unwanted, size);
+  if (table == nullptr) table = &unwanted;
+  *table = 0;
+  if (MEMORYISHANDLE(buffer) == 0) return kNoBuffer;
+  const int16_t result = MakeSheetTable(buffer, table, size, WithoutSheets::kClosingEof);
+  if (result != kLocated) MEMORYFREE(&buffer);
   MEMORYFREE(&unwanted);
   return result;
 }

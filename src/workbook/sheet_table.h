@@ -47,12 +47,18 @@ struct SheetExtent {
 };
 SheetExtent ExtentOfSheet(const Block& table, int16_t sheet);
 
+// What entry 2 of a workbook without sheets holds: the offset of the globals EOF, or the one behind it.
+enum class WithoutSheets { kClosingEof, kBehindEof };
+
+// Makes the SheetTable of `buffer` (`size` bytes), which is only read and stays the caller's in every case.
+// RESULT: 0 made, *table is the caller's; 9, 11, 12 as below, *table is 0. REQUIRES: `table` is not null.
+int16_t MakeSheetTable(uint32_t buffer, uint32_t* table, uint32_t size, WithoutSheets without_sheets);
+
 // Makes the SheetTable of `buffer` (`size` bytes). *table is the caller's, to be released with XLFreeHandle;
 // a table that a null `table` can't take is released.
 // RESULT: 0 made; 1 the buffer is no live pool block; 9 no EOF in the stream, or a size of 1 or less; 11 no
 // pool block for the table; 12 the last sheet is not closed below the limit. On failure *table is 0; at 9, 11
-// and 12 the buffer has been released, and the
-// caller's own variable still names it, on purpose.
+// and 12 the buffer has been released, and the caller's own variable still names it, on purpose.
 int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size);
 
 }  // namespace tolvenar

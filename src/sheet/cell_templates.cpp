@@ -1,0 +1,68 @@
+// Cells of a staged sheet, from templates.
+#include "sheet/cell_templates.h"
+
+#include "foundation/biff_records.h"
+#include "foundation/memory_pool.h"
+#include "sheet/cell_value.h"
+#include "workbook/label_record.h"
+#include "workbook/record_builders.h"
+
+namespace tolvenar {
+
+namespace {
+
+// A template as it is filled.
+struct Filled {
+  const uint8_t* bytes;
+  uint32_t size;
+};
+
+Filled Fill(const CellTemplates& templates, uint16_t row, uint16_t column, uint16_t xf,
+            const CellValue& cell) {
+  if (cell.kind == CellKind::kNumber) {
+    FillNumberRecord(BlockBytes(templates.number), row, column, xf, cell.number);
+    return {BlockBytes(templates.number), kNumberSize};
+  }
+  if (cell.kind == CellKind::kText) {
+    uint32_t size = 0;
+    FillLabelRecord(templates.shell, &size, row, column, xf, cell.text);
+    return {BlockBytes(templates.label), size};
+  }
+  FillBlankRecord(BlockBytes(templates.blank), row, column, xf);
+  return {BlockBytes(templates.blank), kBlankSize};
+}
+
+}  // namespace
+
+bool MakeTemplates(CellTemplates* templates, SheetStream* stream) {
+  uint32_t size = 0;
+  templates->blank = MakeBlankRecord(&size, 0, 0, 0);
+  templates->number = MakeNumberRecord(&size, 0, 0, 0, 0);
+  templates->label = AllocLabelRecord(kLabelShellSize, 0, 0, 0);
+  if (templates->blank == 0 || templates->number == 0 || templates->label == 0) {
+    ReleaseTemplates(templates);
+    MEMORYFREE(&stream->buffer);
+    return false;
+  }
+  templates->shell = {BlockBytes(templates->label), MEMORYSIZE(templates->label)};
+  templates->capacity = static_cast<int32_t>(MEMORYALLOCSIZE(stream->buffer));
+  return true;
+}
+
+void ReleaseTemplates(CellTemplates* templates) {
+  MEMORYFREE(&templates->blank);
+  MEMORYFREE(&templates->number);
+  MEMORYFREE(&templates->label);
+}
+
+bool AppendCell(CellTemplates* templates, SheetStream* stream, uint16_t row, uint16_t column, uint16_t xf,
+                const VARIANT* value) {
+  const Filled filled = Fill(*templates, row, column, xf, MapCell(value));
+  const int32_t behind = AppendBytesTracked(&stream->buffer, &stream->size, static_cast<int32_t>(stream->at),
+                                            filled.bytes, filled.size, &templates->capacity);
+  if (behind < 0) return false;
+  stream->at = static_cast<uint32_t>(behind);
+  return true;
+}
+
+}  // namespace tolvenar

@@ -1,0 +1,71 @@
+// Copies that run on behind a host's text.
+#include "platform/host_text.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
+namespace tolvenar::platform {
+namespace {
+
+std::string Copy(const void* from, uint32_t known, uint32_t count) {
+  std::string to(count, '?');
+  CopyHostBytes(reinterpret_cast<uint8_t*>(to.data()), from, known, count);
+  return to;
+}
+
+TEST(HostText, PromisedBytesAreCopied) {
+  const char text[] = "ab\0cdef";
+  EXPECT_EQ(Copy(text, 3, 6), std::string("ab\0cde", 6));
+}
+
+TEST(HostText, FewerThanKnown) {
+  EXPECT_EQ(Copy("abc", 4, 2), "ab");
+  EXPECT_EQ(Copy("abc", 4, 0), "");
+}
+
+TEST(HostText, ManyPages) {
+  const std::vector<char> bytes(100000, 'x');
+  EXPECT_EQ(Copy(bytes.data(), 1, 100000), std::string(100000, 'x'));
+}
+
+#if !defined(_WIN32)
+// Two pages of which the second can't be read.
+class GuardedPages : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void* got = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(got, MAP_FAILED);
+    base = static_cast<char*>(got);
+    ASSERT_EQ(mprotect(base + page, page, PROT_NONE), 0);
+  }
+  void TearDown() override { munmap(base, 2 * page); }
+
+  char* base = nullptr;
+  size_t page = 0;
+};
+
+TEST_F(GuardedPages, BytesBehindThePageThatCantBeRead_AreZeros) {
+  base[page - 3] = 'a';
+  base[page - 2] = 'b';
+  EXPECT_EQ(Copy(base + page - 3, 3, 5), std::string("ab\0\0\0", 5));
+  EXPECT_EQ(Copy(base + page - 3, 2, 5), std::string("ab\0\0\0", 5));
+}
+
+TEST_F(GuardedPages, SecondPageReadableAgain) {
+  ASSERT_EQ(mprotect(base + page, page, PROT_READ | PROT_WRITE), 0);
+  base[page - 2] = 'a';
+  base[page] = 'c';
+  EXPECT_EQ(Copy(base + page - 2, 2, 4), std::string("a\0c\0", 4));
+}
+#endif
+
+}  // namespace
+}  // namespace tolvenar::platform
