@@ -1,6 +1,6 @@
-// Paths on Windows. Storage calls get a path widened byte by byte with sign extension, so a byte from 0x80 up names a unit from 0xFF80
-// up. The test for existence widens alike and not by a code page, on purpose: it then speaks of the very file that the storage calls
-// open and create.
+// Paths on Windows. Storage calls get a path widened byte by byte with sign extension, so a byte from 0x80 up
+// names a unit from 0xFF80 up. The test for existence widens alike and not by a code page, on purpose: it
+// then speaks of the very file that the storage calls open and create.
 #include "platform/path.h"
 
 #include <windows.h>

@@ -1,5 +1,6 @@
-// Compound files on Windows: the system's own storage, in direct mode. Every function is the system's call of that name; no file lies
-// between the library and the disk, so what was written stands in the file before it is committed.
+// Compound files on Windows: the system's own storage, in direct mode. Every function is the system's call of
+// that name; no file lies between the library and the disk, so what was written stands in the file before it
+// is committed.
 #include "platform/storage.h"
 
 #include <windows.h>
