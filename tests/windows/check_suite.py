@@ -1,0 +1,65 @@
+"""Every test on disk is in one of the Windows test programs, or a row of docs/windows-tests.md says why not; and every row is needed.
+
+    check_suite.py PROJECT EMULATOR PROGRAM...
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "house"))
+
+import check_tests
+import house
+
+DOCUMENT = "docs/windows-tests.md"
+ROW = re.compile(r"^\| `([^`]+)` +\| *(.*?) *\|$", re.MULTILINE)
+
+
+def listed_by(emulator, program):
+    """The names of a GoogleTest program's tests."""
+    command = [emulator, program, "--gtest_list_tests"]
+    text = subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    found = set()
+    suite = ""
+    for line in text.splitlines():
+        name = line.split("#")[0].strip()
+        if line.startswith("  "):
+            found.add(suite + name)
+        elif name.endswith("."):
+            suite = name
+    return found
+
+
+def on_disk(project):
+    """(file, name) of every test."""
+    found = []
+    for path in house.files(project, "tests"):
+        if path.name.endswith("_test.cpp"):
+            code = re.sub(r"//[^\n]*", "", house.read(path))
+            found += [(path.relative_to(project).as_posix(), name) for name, _ in check_tests.tests_in(code)]
+    return found
+
+
+def compare(tests, listed, rows):
+    """`tests` as on_disk gives them, `listed` names, `rows` as (file or test, reason)."""
+    found = ["%s: %s gives no reason" % (DOCUMENT, what) for what, reason in rows if not reason]
+    needed = set()
+    for file, name in tests:
+        if check_tests.is_run(name, listed):
+            continue
+        row = next((what for what, _ in rows if what in (file, name)), None)
+        needed.add(row)
+        if row is None:
+            found.append("%s: %s is not run on Windows, and %s does not say why" % (file, name, DOCUMENT))
+    found += ["%s: %s is not left out" % (DOCUMENT, what) for what, _ in rows if what not in needed]
+    return found
+
+
+def problems(project, emulator, *programs):
+    listed = set().union(*(listed_by(emulator, program) for program in programs))
+    return compare(on_disk(project), listed, ROW.findall(house.read(project / DOCUMENT)))
+
+
+if __name__ == "__main__":
+    house.main(problems, "The suite on Windows")
