@@ -10,10 +10,10 @@ else()
 endif()
 include(GoogleTest)
 
-# docs/windows-tests.md names, in the first column of its table, the test files that are not built for Windows and the tests that are built
+# docs/windows.md names, in the first column of its table, the test files that are not built for Windows and the tests that are built
 # and not run.
 if(WIN32)
-  set(document ${PROJECT_SOURCE_DIR}/docs/windows-tests.md)
+  set(document ${PROJECT_SOURCE_DIR}/docs/windows.md)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${document})
   file(STRINGS ${document} left_out REGEX "^\\| `[^`]+` +\\|")
   list(TRANSFORM left_out REPLACE "^\\| `([^`]+)`.*" "\\1")

@@ -10,6 +10,7 @@
 //
 // Ends with 0, or says what did not work and ends with 1. A workbook that can't be opened is reported by its
 // result, and is no failure.
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -174,6 +175,15 @@ struct Extent {
   uint16_t first_row = 0, last_row = 0, first_column = 0, last_column = 0;
 };
 
+// Encrypted workbooks have extents of any size.
+constexpr int32_t kMostCells = 1000000;
+
+int32_t CellCount(const Extent& extent) {
+  const int32_t rows = std::max(extent.last_row - extent.first_row + 1, 0);
+  const int32_t columns = std::max(extent.last_column - extent.first_column + 1, 0);
+  return columns == 0 || rows < kMostCells / columns ? rows * columns : kMostCells;
+}
+
 int16_t ExtentOf(const Book& book, int16_t sheet, Extent* extent) {
   return XLGetSheetSize(book.buffer, book.table, sheet, &extent->first_row, &extent->last_row,
                         &extent->first_column, &extent->last_column);
@@ -313,8 +323,7 @@ void DumpSheet(const Book& book, int16_t sheet) {
   const int kind = ExtentOf(book, sheet, &extent);
   std::printf(" sheet %d: name %d %016" PRIX64 " size %d %d-%d %d-%d\n", sheet, length, hash.Value(), kind,
               extent.first_row, extent.last_row, extent.first_column, extent.last_column);
-  const bool sensible = extent.first_row <= extent.last_row && extent.first_column <= extent.last_column;
-  if (kind == 0 && sensible && extent.last_row - extent.first_row < 20000) DumpCells(book, sheet, extent);
+  if (kind == 0 && CellCount(extent) > 0 && CellCount(extent) < kMostCells) DumpCells(book, sheet, extent);
 }
 
 void DumpList(const Book& book) {

@@ -1,4 +1,4 @@
-"""Every test on disk is in one of the Windows test programs, or a row of docs/windows-tests.md says why not; and every row is needed: its
+"""Every test on disk is in one of the Windows test programs, or a row of docs/windows.md says why not; and every row is needed: its
 test is not there, or it does not pass.
 
     check_suite.py PROJECT EMULATOR PROGRAM...
@@ -13,7 +13,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "house")
 import check_tests
 import house
 
-DOCUMENT = "docs/windows-tests.md"
+DOCUMENT = "docs/windows.md"
 ROW = re.compile(r"^\| `([^`]+)` +\| *(.*?) *\|$", re.MULTILINE)
 
 
