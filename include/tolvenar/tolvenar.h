@@ -243,26 +243,31 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetCellData(SAFEARRAY** cells, uint32_t buf
 /* ---- Cell editing ---------------------------------------------------------------------------------------------------------- */
 
 /* Gives one cell a new value. The cell must lie in the sheet's used range and in a row that has a ROW record.
+ * It keeps its XF; a new one gets XF 15.
  *   buffer, size  the workbook; both may change
- *   value         VT_EMPTY makes a blank; VT_I2, VT_I4, VT_R4, VT_R8 and VT_DATE (whole days) a number; VT_CY a number of the same
- *                 8 bytes; VT_BSTR, also VT_BYREF, a text of each unit's low byte; any other type removes the cell
- * The cell keeps its XF; a new one gets XF 15.
- * Result: 0 done; 1 no such cell can exist, or no such sheet, table or buffer; 2 VT_NULL; 3 null buffer; 4 a MULRK, 5 a MULBLANK could
- * not be split; 6 the blank, 8 the integer or date, 10 the float, 12 the text (also a null string or one of more than 32755 units),
- * 13 the double or currency could not be written. From 4 on the old cell is gone; where the buffer could not grow it is released and
- * its variable is 0. */
+ *   value         VT_EMPTY makes a blank (in a run of blanks it takes the whole run out, on purpose); VT_I2,
+ *                 VT_I4, VT_R4, VT_R8 and VT_DATE (whole days) make a number; VT_CY a number of the same 8
+ *                 bytes; VT_BSTR, also VT_BYREF, a text of each unit's low byte; any other type removes the
+ *                 cell; null counts as VT_NULL
+ * Result: 0 done; 1 no such cell can exist, or no such sheet, table or buffer; 2 VT_NULL; 3 null buffer; 4 a
+ * MULRK, 5 a MULBLANK could not be split; 6 the blank, 8 the integer or date, 10 the float, 12 the text (also
+ * a null string or one of more than 32755 units), 13 the double or currency could not be written. From 4 on
+ * the old cell is gone; where the buffer could not grow it is released and its variable is 0, and up to three
+ * scratch blocks stay live in the pool. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLChangeCellValue(uint32_t* buffer, uint32_t table, uint32_t* size,
                                                      int16_t sheet, int16_t row, int16_t column,
                                                      const VARIANT* value);
 
-/* Gives one cell a new XF index; an absent cell becomes a blank. In a run of cells the first cell takes the new XF along, on purpose.
- * Result: 0 done; 1 as above; 3 null buffer; 4, 5 the cell of a MULRK, MULBLANK could not be stamped; 6 the blank could not be
- * written. */
+/* Gives one cell a new XF index; an absent cell becomes a blank. In a run of cells the first cell takes the
+ * new XF along, on purpose.
+ * Result: 0 done; 1 no such cell can exist, or no such sheet, table or buffer; 3 null buffer; 4, 5 the cell
+ * of a MULRK, MULBLANK could not be stamped; 6 the blank could not be written. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLChangeCellXF(uint32_t* buffer, uint32_t table, uint32_t* size,
                                                   int16_t sheet, int16_t row, int16_t column, uint16_t xf);
 
-/* Gives every cell record of a sheet the XF index that `matrix` holds for it, at row x stride + column (0-based); a negative entry
- * leaves the cell as it is. Of a run only the first cell is stamped. The matrix must cover every cell of the sheet.
+/* Gives every cell record of a sheet the XF index that `matrix` holds for it, at row x stride + column
+ * (0-based); a negative entry leaves the cell as it is. Of a run only the first cell is stamped. The matrix
+ * must cover every cell of the sheet.
  * Result: 1 done; 0 null table or buffer, or no such sheet. */
 TOLVENAR_API uint32_t TOLVENAR_CALL ChangeFormat(uint32_t buffer, uint32_t table, int16_t sheet,
                                                  const int16_t* matrix, int32_t stride);
