@@ -150,7 +150,6 @@ TEST(ArrayPut, NullPointersAreRefused) {
 }
 
 // What the library's own arrays serve, and the system's can't: there every put ends in the system's own.
-#if !defined(_WIN32)
 
 TEST(ArrayPut, PutOwnedBstr_TextIsTakenOverWithoutACopy) {
   Array texts(VT_BSTR, 1);
@@ -289,8 +288,6 @@ TEST(ArrayPut, InterfaceArraysRefuseEverything) {
   EXPECT_EQ(PutBytes(interfaces, &index, &value, 8), DISP_E_TYPEMISMATCH);
   EXPECT_TRUE(IsZero<void*>(interfaces));
 }
-
-#endif
 
 }  // namespace
 }  // namespace tolvenar::platform
