@@ -90,53 +90,63 @@ TOLVENAR_API int32_t TOLVENAR_CALL MEMORYSET1(uint32_t* handle, int32_t count, u
 /* Result: the byte at `index` of the block when index is below `size`, else 0. What lies outside the slot reads as 0. */
 TOLVENAR_API uint32_t TOLVENAR_CALL MEMORYGET(uint32_t* handle, int32_t size, int32_t index);
 
-/* ---- Workbook files -------------------------------------------------------------------------------------------------------- */
+/* ---- Workbook files ----------------------------------------------------------------------- */
 
-/* Opens the workbook at `path` and reads it into a new buffer; the file is closed again before the call returns. Also sets the
- * BIFF generation that the library works with from now on.
+/* Opens the workbook at `path` and reads it into a new buffer; the file is closed again before the call
+ * returns. Also sets the BIFF generation that the library works with from now on.
  *   path    the workbook; it must be readable and writable and not open elsewhere
  *   buffer  out: the buffer, the caller's to release with XLFreeHandle
  *   size    out: its size in bytes
- * Result: 0 opened; 5 no pool block of that size (buffer 0, size set); 6 the stream can't be read (buffer 0); 101 the file can't be
- * opened: missing, in use, read-only or no compound file; 102 it holds no workbook stream; 103 the stream is empty; 104 closing the
- * stream failed, 105 closing the file failed (both leave the buffer live and the caller's, without the BUFEND at its end); 2 the
- * buffer could not be cut to its size (released). */
+ * Result: 0 opened; 5 no pool block of that size (buffer 0, size set); 6 the stream can't be read (buffer 0);
+ * 101 the file can't be opened: missing, in use, read-only or no compound file; 102 it holds no workbook
+ * stream; 103 the stream is empty or too large; 104 closing the stream failed, 105 closing the file failed
+ * (both leave the buffer live and the caller's, without the BUFEND at its end); 2 the buffer could not be cut
+ * to its size (released, though the variable still names it: forget it). */
 TOLVENAR_API int16_t TOLVENAR_CALL XLOpenFile(const char* path, uint32_t* buffer, uint32_t* size);
 
-/* Makes the SheetTable of a buffer: a pool block of int32_t entries: the count of sheets, 0, the offset of each sheet's BOF, the
- * offset of the EOF that closes the last sheet.
+/* Makes the SheetTable of a buffer: a pool block of int32_t entries: the count of sheets, 0, the offset of
+ * each sheet's BOF, the offset of the EOF that closes the last sheet.
  *   table   out: the table, the caller's to release with XLFreeHandle; 0 on failure
- * Result: 0 made; 1 the buffer is no live pool block; 9 the stream has no EOF; 11 no pool block for the table; 12 the last sheet isn't
- * closed. With 9, 11 and 12 the buffer has been released, though the caller's variable still names it: forget it. */
+ * Result: 0 made; 1 the buffer is no live pool block; 9 the stream has no EOF; 11 no pool block for the table;
+ * 12 the last sheet isn't closed. With 9, 11 and 12 the buffer has been released, though the caller's variable
+ * still names it: forget it. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size);
 
-/* Releases a buffer or a table and zeroes the variable. Result: 1; 0 when the variable is 0 or names no live block. */
+/* Releases a buffer or a table and zeroes the variable.
+ * Result: 1; 0 when the variable is 0 or names no live block. */
 TOLVENAR_API uint32_t TOLVENAR_CALL XLFreeHandle(uint32_t* handle);
 
-/* Saves the workbook: folds all patches away into a new buffer and writes it to `path`, as the only stream of a new file or in the
- * place of the workbook stream of an existing one, whose other streams stay. On disk stands the old file or the new one, never a
- * part of it.
+/* Saves the workbook: folds all patches away into a new buffer and writes it to `path`, as the only stream of
+ * a new file or in the place of the workbook stream of an existing one, whose other streams stay. Off Windows
+ * the old file or the new one stands on the disk, never a part of it.
  *   buffer, size  in: the workbook; out: the compact buffer and its size, the old block is released
  *   table         in: its SheetTable; out: 0, released
- * Result: 0 saved. Nothing has changed: 2 null buffer; 3 null table; 4 no pool block for the copy. 12 the last sheet isn't closed:
- * the buffer is unchanged, but the table's contents are spoilt: locate anew. The buffer is compact, but lacks its BUFEND, and the
- * table is still the caller's and fits: 101 the existing file can't be opened; 102 it has no workbook stream of this generation; 111
- * the new file can't be created. The buffer is compact without BUFEND and the table is released: 103 the stream can't be created;
- * 104 closing the stream failed; 105 closing the file failed. 6 the stream can't be written (the disk is full, say): the block and
- * the table are released, though the buffer variable still names the block: forget it. */
+ * Result: 0 saved.
+ * Buffer, size and table have not changed: 2 no buffer; 3 no table; 4 no pool block for the copy.
+ * The buffer and the size have not changed, but the table's contents are spoilt, locate anew: 12 the last
+ * sheet isn't closed; 6 the copy can't be cut to its size.
+ * The buffer is compact, but lacks its BUFEND, and the table is still the caller's and fits: 101 the existing
+ * file can't be opened; 102 it has no workbook stream of this generation; 111 the new file can't be created.
+ * The buffer is compact without BUFEND, and the table is released: 103 the stream can't be created; 104
+ * closing the stream failed; 105 closing the file failed, so that nothing is saved.
+ * The block and the table are released, though the buffer variable still names the block, forget it: 6 the
+ * stream can't be written (the disk is full, say). The table variable tells one 6 from the other: it is 0. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLSaveFile(const char* path, uint32_t* buffer, uint32_t* table,
                                               uint32_t* size);
 
-/* Writes the numbers 1 to `count` as int32_t into a stream "Workbook" of a new or existing compound file, through the same calls as a
- * save. Result: 0 written; 102 the file can't be opened or created, or has no such stream; 103 the stream can't be created; 6 a short
- * or failed write, or no memory; 104 closing the stream failed; 105 closing the file failed. */
+/* Writes the numbers 1 to `count` as int32_t into a stream "Workbook" of a new or existing compound file,
+ * through the same calls as a save.
+ * Result: 0 written; 102 the file can't be opened or created, or has no such stream; 103 the stream can't be
+ * created; 6 a short or failed write, no memory, or a negative count; 104 closing the stream failed; 105
+ * closing the file failed. */
 TOLVENAR_API int16_t TOLVENAR_CALL DebugSaveFile(const char* path, int32_t count);
 
-/* Folds the patches away in memory, as a save does, and brings the BOUNDSHEET records and the table up to date.
- *   buffer, size  in: the workbook; out: the compact buffer and its size
+/* Folds the patches away in memory, as a save does, and brings the BOUNDSHEET records and the table up to
+ * date.
+ *   buffer, size  in: the workbook; out: the compact buffer and its size, the old block is released
  *   table         its SheetTable, whose entries are renewed
- * Result: 0 done; 2 *buffer is 0; 3 null table; 4 no pool block for the copy; 12 the last sheet isn't closed; 6 the cut failed. On any
- * failure the buffer is unchanged; at 12 and 6 the table's entries no longer fit it. */
+ * Result: 0 done; 2 no buffer; 3 no table; 4 no pool block for the copy; 12 the last sheet isn't closed; 6 the
+ * cut failed. On any failure the buffer is unchanged; at 12 and 6 the table's entries no longer fit it. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRefreshHandles(uint32_t* buffer, uint32_t table, uint32_t* size);
 
 /* Turns every INDEX and DBCELL record into free room: the row offsets in them go stale when records move. Result: 0 done; 1 the

@@ -49,15 +49,7 @@ int16_t Fail(int16_t result, uint32_t buffer, uint32_t* table) {
   return result;
 }
 
-}  // namespace
-
-SheetExtent ExtentOfSheet(const Block& table, int16_t sheet) {
-  const uint32_t entry = static_cast<uint32_t>(sheet) + 1;
-  const bool last = sheet == TableCount(table);
-  return {TableEntry(table, entry), TableEntry(table, entry + 1) - (last ? 0 : kEofSize)};
-}
-
-int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size) {
+int16_t Locate(uint32_t buffer, uint32_t* table, uint32_t size) {
   *table = 0;
   if (MEMORYISHANDLE(buffer) == 0) return kNoBuffer;
   const Block block = OpenBlock(buffer);
@@ -84,6 +76,21 @@ int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size) {
   if (closing >= end) return Fail(kLastSheetOpen, buffer, table);
   PutTableEntry(entries, static_cast<uint32_t>(count + 2), closing);
   return kLocated;
+}
+
+}  // namespace
+
+SheetExtent ExtentOfSheet(const Block& table, int16_t sheet) {
+  const uint32_t entry = static_cast<uint32_t>(sheet) + 1;
+  const bool last = sheet == TableCount(table);
+  return {TableEntry(table, entry), TableEntry(table, entry + 1) - (last ? 0 : kEofSize)};
+}
+
+int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size) {
+  uint32_t unwanted = 0;
+  const int16_t result = Locate(buffer, table != nullptr ? table : &unwanted, size);
+  MEMORYFREE(&unwanted);
+  return result;
 }
 
 }  // namespace tolvenar

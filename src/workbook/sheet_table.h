@@ -47,9 +47,12 @@ struct SheetExtent {
 };
 SheetExtent ExtentOfSheet(const Block& table, int16_t sheet);
 
-// Makes the SheetTable of `buffer` (`size` bytes). Result: 0 made, *table is the caller's; 1 the buffer is no live pool block; 9 no EOF in
-// the stream; 11 no pool block for the table; 12 the last sheet is not closed below the limit. On failure *table is 0; at 9, 11 and 12
-// the buffer has been released, and the caller's own variable still names it.
+// Makes the SheetTable of `buffer` (`size` bytes). *table is the caller's, to be released with XLFreeHandle;
+// a table that a null `table` can't take is released.
+// RESULT: 0 made; 1 the buffer is no live pool block; 9 no EOF in the stream, or a size of 1 or less; 11 no
+// pool block for the table; 12 the last sheet is not closed below the limit. On failure *table is 0; at 9, 11
+// and 12 the buffer has been released, and the
+// caller's own variable still names it, on purpose.
 int16_t XLLocateSheets(uint32_t buffer, uint32_t* table, uint32_t size);
 
 }  // namespace tolvenar

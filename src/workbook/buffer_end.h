@@ -1,0 +1,20 @@
+// The BUFEND that takes the last 4 bytes of a RecordBuffer that was just read, saved or refreshed: F8 FE 00
+// 00.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/record_stream.h"
+
+namespace tolvenar {
+
+// Writes the BUFEND at size - 4 of `buffer` (`size` bytes).
+inline void PutBufEnd(uint32_t buffer, uint32_t size) {
+  const Block block = OpenBlock(buffer);
+  const uint32_t at = size - kBufEndSize;
+  PutU8(block, at + kRecordTypeLow, kLowBufEnd);
+  PutU8(block, at + kRecordTypeHigh, kPrivateHigh);
+  PutU16(block, at + kRecordLength, 0);
+}
+
+}  // namespace tolvenar

@@ -1,0 +1,164 @@
+// Compaction: copy in runs, renew the table and the BOUNDSHEETs, find the last EOF, cut.
+#include "workbook/compaction.h"
+
+#include <cstring>
+
+#include "foundation/biff_records.h"
+#include "foundation/memory_pool.h"
+#include "workbook/ring.h"
+#include "workbook/sheet_table.h"
+
+namespace tolvenar {
+
+namespace {
+
+// Lays kept records end to end, in as few copies as there are gaps between them.
+struct RunCopier {
+  Block from;
+  Block to;
+  uint32_t run = 0;         // offset of the run that waits to be copied
+  uint32_t run_length = 0;  // its bytes
+  int32_t written = 0;      // where the next record goes in `to`, the waiting run counted
+};
+
+void Flush(RunCopier* copier) {
+  const uint32_t target = static_cast<uint32_t>(copier->written) - copier->run_length;
+  const uint32_t inside = BytesInside(copier->to, target, copier->run_length);
+  if (inside != 0) CopyOut(copier->from, copier->run, At(copier->to, target, inside), inside);
+  copier->run_length = 0;
+}
+
+// Keeps `count` bytes at `at`. A count below 0, which only a signed length gives, copies nothing and takes
+// the write offset back.
+void Keep(RunCopier* copier, uint32_t at, int32_t count) {
+  if (copier->run_length == 0 || at != copier->run + copier->run_length) {
+    Flush(copier);
+    copier->run = at;
+  }
+  if (count > 0) {
+    copier->run_length += static_cast<uint32_t>(count);
+  } else {
+    Flush(copier);
+  }
+  copier->written += count;
+}
+
+bool HasRoom(const RunCopier& copier) {
+  return copier.written >= 0 && static_cast<uint32_t>(copier.written) <= copier.to.extent;
+}
+
+int32_t RecordSize(const Block& block, uint32_t at, LengthField lengths) {
+  const int32_t length =
+      lengths == LengthField::kSigned ? I16At(block, at + kRecordLength) : int32_t{LengthAt(block, at)};
+  return length + static_cast<int32_t>(kHeaderSize);
+}
+
+// DETOUR, RESUME and SLACK, which a compact stream has none of; nor has it a BUFEND, which ends the walk.
+bool IsPatch(const Block& block, uint32_t at) {
+  if (U8At(block, at + kRecordTypeHigh) != kPrivateHigh) return false;
+  return IsJump(block, at) || IsPrivate(block, at, kLowSlack);
+}
+
+// Walks the old buffer, `max_records` at most, and lays what is kept into the copy; the table's entries of
+// the sheets met become offsets in the copy. False when the walk came to neither the limit nor a BUFEND.
+bool CopyRecords(RunCopier* copier, const Block& table, uint32_t limit, LengthField lengths,
+                 uint32_t max_records) {
+  const Block& from = copier->from;
+  int16_t sheet = 0;  // 16 bits, signed
+  bool at_end = false;
+  Walk walk = StartWalk(from, 0);
+  for (; walk.at < limit && !walk.ended && !at_end && HasRoom(*copier) && max_records != 0; --max_records) {
+    const uint32_t entry = static_cast<uint32_t>(sheet + static_cast<int32_t>(kTableFirstSheet));
+    if (IsPlain(from, walk.at, kLowBof) && walk.at == TableEntry(table, entry)) {
+      PutTableEntry(table, entry, static_cast<uint32_t>(copier->written));
+      ++sheet;
+    }
+    at_end = IsPrivate(from, walk.at, kLowBufEnd);
+    if (!at_end && !IsPatch(from, walk.at)) Keep(copier, walk.at, RecordSize(from, walk.at, lengths));
+    Step(&walk);
+  }
+  Flush(copier);
+  return at_end || walk.at >= limit;
+}
+
+// Copies a buffer whose walk goes round, as far as each record is met for the first time. The table has been
+// renewed on the first round.
+void CopyOneRound(RunCopier* copier, uint32_t limit, LengthField lengths) {
+  const uint32_t records = RecordsBeforeRing(copier->from, 0);
+  if (records == 0) return;
+  std::memset(copier->to.base, 0, copier->to.extent);
+  copier->written = 0;
+  CopyRecords(copier, Block{}, limit, lengths, records);
+}
+
+// Gives the copy's BOUNDSHEETs the new offsets, in order. Returns how many there are.
+int16_t RepairBoundSheets(const Block& copy, const Block& table) {
+  const int32_t end = static_cast<int32_t>(GlobalsEnd(table));  // table entries are signed
+  int16_t count = 0;
+  Walk walk = StartWalk(copy, TableEntry(table, kTableGlobalsBegin));
+  for (; static_cast<int32_t>(walk.at) < end && !walk.ended; Step(&walk)) {
+    if (!IsPlain(copy, walk.at, kLowBoundSheet)) continue;
+    const uint32_t entry = static_cast<uint32_t>(count + static_cast<int32_t>(kTableFirstSheet));
+    PutU32(copy, walk.at + kBoundSheetBof, TableEntry(table, entry));
+    ++count;
+  }
+  return count;
+}
+
+// Finds the EOF that closes the substream whose BOF stands at `bof`. False when the walk gets to `limit`:
+// behind the records the copy is zero, which reads as empty records. A BUFEND ends the walk, and the offset
+// behind it is then the one found, on purpose.
+bool FindLastEof(const Block& copy, uint32_t bof, uint32_t limit, uint32_t* eof) {
+  Walk walk = StartWalk(copy, bof);
+  Step(&walk);
+  int32_t depth = 1;
+  bool at_end = false;
+  while (walk.at < limit && !walk.ended && !at_end) {
+    if (IsPlain(copy, walk.at, kLowBof)) ++depth;
+    if (IsPlain(copy, walk.at, kLowEof)) --depth;
+    if (depth == 0) break;
+    at_end = IsPrivate(copy, walk.at, kLowBufEnd);
+    Step(&walk);
+  }
+  *eof = walk.at;
+  return walk.at < limit && !walk.ended;
+}
+
+// Cuts the copy to what was kept and room for a BUFEND, left zero. It is a shrink, unless the old buffer had
+// no BUFEND. False when it can't be done, also when not everything kept had room.
+bool Cut(const RunCopier& copier, uint32_t* copy, uint32_t* copy_size) {
+  if (!HasRoom(copier)) return false;
+  const int32_t cut_size = copier.written + static_cast<int32_t>(kBufEndSize);
+  const uint32_t cut = MEMORYREALLOC(*copy, cut_size);
+  if (cut == 0) return false;
+  *copy = cut;
+  *copy_size = static_cast<uint32_t>(cut_size);
+  PutU32(OpenBlock(cut), static_cast<uint32_t>(copier.written), 0);
+  return true;
+}
+
+int16_t Drop(uint32_t* copy, int16_t result) {
+  MEMORYFREE(copy);
+  return result;
+}
+
+}  // namespace
+
+int16_t Compact(uint32_t buffer, uint32_t table, uint32_t size, LengthField lengths, uint32_t* copy,
+                uint32_t* copy_size) {
+  // A size of 2 GiB or more would be a negative one to the pool, which fits every slot.
+  *copy = size > INT32_MAX ? 0 : MEMORYALLOC(static_cast<int32_t>(size));
+  if (*copy == 0) return kCompactNoBlock;
+  const uint32_t limit = size == 0 ? 0 : size - 1;
+  const Block entries = OpenBlock(table);
+  RunCopier copier{OpenBlock(buffer), OpenBlock(*copy)};
+  if (!CopyRecords(&copier, entries, limit, lengths, UINT32_MAX)) CopyOneRound(&copier, limit, lengths);
+  const int16_t count = RepairBoundSheets(copier.to, entries);
+  const uint32_t last = static_cast<uint32_t>(count + static_cast<int32_t>(kTableGlobalsBegin));
+  uint32_t eof = 0;
+  if (!FindLastEof(copier.to, TableEntry(entries, last), limit, &eof)) return Drop(copy, kCompactNotClosed);
+  PutTableEntry(entries, last + 1, eof);
+  return Cut(copier, copy, copy_size) ? kCompacted : Drop(copy, kCompactNotCut);
+}
+
+}  // namespace tolvenar

@@ -1,0 +1,325 @@
+// Damaged files: an error or the whole truth, and never a crash, a hang or a changed file.
+#if !defined(_WIN32)
+
+#include <chrono>
+
+#include "platform/storage.h"
+#include "support/compound_check.h"
+#include "support/storage_fixture.h"
+
+namespace tolvenar::testing {
+namespace {
+
+class CompoundDamage : public StorageTest {
+ protected:
+  // Thousands of files: in memory, where there is such a place.
+  CompoundDamage() : StorageTest("/dev/shm") {}
+
+  // What reading `name` from these bytes gives: the first failure, or S_OK and the stream.
+  HRESULT Read(const Bytes& file, const std::string& name, Bytes* bytes = nullptr) {
+    Bytes own;
+    WriteFile(Path("file"), file);
+    OpenFile open;
+    const HRESULT result = open.Open(Path("file"));
+    return result == S_OK ? open.Get(name, bytes != nullptr ? bytes : &own) : result;
+  }
+
+  // The damage must be told on reading the stream, and a change must be refused without touching the file.
+  void ExpectDamaged(const Bytes& file, const std::string& name, const char* label) {
+    EXPECT_EQ(Read(file, name), platform::kStgDocFileCorrupt) << label;
+    EXPECT_EQ(Save(Path("file"), "addition", Pattern(100)), platform::kStgDocFileCorrupt) << label;
+    EXPECT_TRUE(ReadFile(Path("file")) == file) << label;
+    EXPECT_EQ(Listing().size(), 1u) << label;
+  }
+
+  // A file with two streams in sectors, two in mini sectors, and a storage.
+  static CompoundBuilder Small() {
+    CompoundBuilder builder;
+    builder.AddStream("Workbook", Pattern(5000, 1));
+    builder.AddStream("mini", Pattern(300, 2));
+    const uint32_t storage = builder.AddStorage("storage");
+    builder.AddStream("other", Pattern(200, 3), storage);
+    return builder;
+  }
+
+  static constexpr uint32_t kWorkbook = 1;
+  static constexpr uint32_t kMini = 2;
+  static constexpr uint32_t kStorage = 3;
+  static constexpr uint32_t kOther = 4;
+  static constexpr size_t kLeft = 68, kRight = 72, kChild = 76, kStart = 116, kSize = 120;
+};
+
+TEST_F(CompoundDamage, SmallFile_IsReadUndamaged) {
+  Bytes bytes;
+  EXPECT_EQ(Read(Small().Build().bytes, "Workbook", &bytes), S_OK);
+  EXPECT_TRUE(bytes == Pattern(5000, 1));
+  EXPECT_EQ(Read(Small().Build().bytes, "mini", &bytes), S_OK);
+  EXPECT_TRUE(bytes == Pattern(300, 2));
+}
+
+// Both layouts: the builder's, with the tables behind the contents, and the library's own, with the contents
+// last.
+TEST_F(CompoundDamage, CutOffAnywhere_GivesAnErrorOrTheWholeStream) {
+  const Bytes own = ReadFile(Make("own", {{"Workbook", Pattern(4097, 1)}, {"mini", Pattern(300, 2)}}));
+  std::filesystem::remove(Path("own"));
+  for (const Bytes& whole : {Small().Build().bytes, own}) {
+    int read = 0;
+    const Bytes expected = whole == own ? Pattern(4097, 1) : Pattern(5000, 1);
+    for (size_t size = 0; size < whole.size(); ++size) {
+      const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+      Bytes bytes;
+      if (Read(cut, "Workbook", &bytes) == S_OK) {
+        ++read;
+        ASSERT_TRUE(bytes == expected) << size;
+      }
+      if (Read(cut, "mini", &bytes) == S_OK) {
+        ASSERT_TRUE(bytes == Pattern(300, 2)) << size;
+      }
+    }
+    // Of the last sector of the library's own file one byte counts, the stream's last; of that of the
+    // builder's file 15 entries of the table count. All cuts behind that leave the stream whole.
+    EXPECT_EQ(read, whole == own ? 512 - 1 : 512 - 15 * 4);
+  }
+}
+
+// Each byte set to each of these. Whatever is then opened can be saved, and is a sound file afterwards.
+TEST_F(CompoundDamage, AnyByteOverwritten_GivesAnErrorOrASoundFileAfterASave) {
+  const Bytes whole = Small().Build().bytes;
+  int saved = 0;
+  for (size_t at = 0; at < whole.size(); ++at) {
+    // Contents are anyone's: one byte in 50 is enough of them.
+    const bool contents = at >= 512 && at < 512 + 11 * 512;
+    if (contents && at % 50 != 0) continue;
+    for (const int value : {0x00, 0x7F, 0x80, 0xFF}) {
+      Bytes damaged = whole;
+      damaged[at] = static_cast<uint8_t>(value);
+      WriteFile(Path("file"), damaged);
+      if (Save(Path("file"), "addition", Pattern(4096)) == S_OK) {
+        ++saved;
+        CheckCompound(ReadFile(Path("file")));
+        if (::testing::Test::HasFailure()) FAIL() << "byte " << at << " set to " << value;
+      } else {
+        ASSERT_TRUE(ReadFile(Path("file")) == damaged) << at;
+      }
+    }
+  }
+  EXPECT_GT(saved, 500);
+}
+
+TEST_F(CompoundDamage, NoCompoundFile_IsToldAsSuch) {
+  EXPECT_EQ(Read({}, "Workbook"), platform::kStgFileAlreadyExists);
+  EXPECT_EQ(Read(Pattern(5000), "Workbook"), platform::kStgFileAlreadyExists);
+  const char text[] = "Some text, and no workbook at all.";
+  EXPECT_EQ(Read(Bytes(text, text + sizeof text), "Workbook"), platform::kStgFileAlreadyExists);
+}
+
+TEST_F(CompoundDamage, StreamChain_ThatGoesRound_IsDamage) {
+  const CompoundImage image = Small().Build();
+  const auto& chain = image.chains.at(kWorkbook);
+  const struct {
+    const char* label;
+    size_t from, to;
+  } kLoops[] = {{"names itself", 0, 0}, {"ring of two", 1, 0}, {"ring of all but one", chain.size() - 2, 0}};
+  for (const auto& loop : kLoops) {
+    CompoundImage damaged = image;
+    damaged.PutU32(image.TableAt(chain[loop.from]), chain[loop.to]);
+    ExpectDamaged(damaged.bytes, "Workbook", loop.label);
+  }
+}
+
+TEST_F(CompoundDamage, StreamChain_ThatGoesRoundBehindItsLastByte_IsRead) {
+  CompoundImage image = Small().Build();
+  const auto& chain = image.chains.at(kWorkbook);
+  image.PutU32(image.TableAt(chain.back()), chain.front());
+  Bytes bytes;
+  EXPECT_EQ(Read(image.bytes, "Workbook", &bytes), S_OK);
+  EXPECT_TRUE(bytes == Pattern(5000, 1));
+  image.PutU32(image.EntryAt(kWorkbook) + kSize, 5121);  // one byte more than the ring's sectors hold
+  ExpectDamaged(image.bytes, "Workbook", "ring at full length");
+}
+
+TEST_F(CompoundDamage, MiniChain_ThatGoesRound_IsDamage) {
+  const CompoundImage image = Small().Build();
+  const auto& chain = image.chains.at(kMini);
+  const struct {
+    const char* label;
+    size_t from, to;
+  } kLoops[] = {{"names itself", 0, 0}, {"ring of two", 1, 0}, {"ring of all but one", chain.size() - 2, 0}};
+  for (const auto& loop : kLoops) {
+    CompoundImage damaged = image;
+    damaged.PutU32(image.MiniTableAt(chain[loop.from]), chain[loop.to]);
+    ExpectDamaged(damaged.bytes, "mini", loop.label);
+  }
+  CompoundImage damaged = image;
+  damaged.PutU32(image.MiniTableAt(chain.back()), chain.front());
+  damaged.PutU32(image.EntryAt(kMini) + kSize, 321);
+  ExpectDamaged(damaged.bytes, "mini", "ring at full length");
+}
+
+// A file whose directory and mini tables have three sectors each.
+CompoundImage ManyMembers() {
+  CompoundBuilder builder;
+  for (int i = 0; i < 11; ++i) builder.AddStream("n" + std::to_string(i), Pattern(2000));
+  return builder.Build();
+}
+
+TEST_F(CompoundDamage, DirectoryChain_ThatGoesRound_IsDamage) {
+  const CompoundImage image = ManyMembers();
+  ASSERT_EQ(image.directory.size(), 3u);
+  for (size_t from = 0; from < 3; ++from) {
+    CompoundImage damaged = image;
+    damaged.PutU32(image.TableAt(image.directory[from]), image.directory[0]);
+    ExpectDamaged(damaged.bytes, "n0", "ring");
+  }
+}
+
+TEST_F(CompoundDamage, ChainOfTheMiniTable_ThatGoesRound_IsDamage) {
+  const CompoundImage image = ManyMembers();
+  ASSERT_EQ(image.mini_table.size(), 3u);
+  for (size_t from = 0; from < 3; ++from) {
+    CompoundImage damaged = image;
+    damaged.PutU32(image.TableAt(image.mini_table[from]), image.mini_table[0]);
+    ExpectDamaged(damaged.bytes, "n0", "ring");
+  }
+}
+
+TEST_F(CompoundDamage, ChainOfTheMiniStream_ThatGoesRound_IsDamage) {
+  CompoundImage image = ManyMembers();
+  const auto& chain = image.chains.at(0);
+  image.PutU32(image.TableAt(chain[1]), chain[0]);
+  ExpectDamaged(image.bytes, "n0", "ring of two");
+}
+
+TEST_F(CompoundDamage, LongList_ThatGoesRound_IsDamage) {
+  CompoundBuilder builder;
+  builder.AddStream("Workbook", Bytes(30u << 20));
+  const CompoundImage image = builder.Build();
+  ASSERT_EQ(image.long_list.size(), 3u);
+  for (size_t from = 0; from < 3; ++from) {
+    CompoundImage damaged = image;
+    damaged.PutU32(image.SectorAt(image.long_list[from]) + 508, image.long_list[0]);
+    EXPECT_EQ(Read(damaged.bytes, "Workbook"), platform::kStgDocFileCorrupt) << "ring of " << from + 1;
+  }
+}
+
+TEST_F(CompoundDamage, SameTableSectorListedTwice_IsDamage) {
+  CompoundBuilder builder;
+  builder.AddStream("Workbook", Pattern(100000));
+  CompoundImage image = builder.Build();
+  image.PutU32(76 + 4, image.table[0]);
+  ExpectDamaged(image.bytes, "Workbook", "twice");
+}
+
+TEST_F(CompoundDamage, Siblings_ThatAreNoTree_AreDamage) {
+  const CompoundImage image = Small().Build();
+  const struct {
+    const char* label;
+    uint32_t entry;
+    size_t link;
+    uint32_t to;
+  } kLinks[] = {{"left of itself", kWorkbook, kLeft, kWorkbook},
+                {"right of itself", kWorkbook, kRight, kWorkbook},
+                {"ring of two", kMini, kLeft, kWorkbook},
+                {"shared", kMini, kLeft, kStorage},
+                {"ring of all", kStorage, kRight, kWorkbook},
+                {"child of itself", kStorage, kChild, kStorage},
+                {"child above", kStorage, kChild, kWorkbook},
+                {"root as sibling", kMini, kLeft, 0},
+                {"root as member", kStorage, kChild, 0},
+                {"member shared by two storages", kStorage, kRight, kOther},
+                {"out of range", kMini, kLeft, 8},
+                {"far out of range", kMini, kRight, 0xFFFFFFFE},
+                {"unused entry", kMini, kLeft, 7}};
+  for (const auto& link : kLinks) {
+    CompoundImage damaged = image;
+    damaged.PutU32(image.EntryAt(link.entry) + link.link, link.to);
+    ExpectDamaged(damaged.bytes, "Workbook", link.label);
+  }
+}
+
+TEST_F(CompoundDamage, UnreachableEntryOfUnknownType_IsNobodysBusiness) {
+  CompoundImage image = Small().Build();
+  image.bytes[image.EntryAt(6) + 66] = 0x77;
+  EXPECT_EQ(Read(image.bytes, "Workbook"), S_OK);
+  EXPECT_EQ(Save(Path("file"), "addition", Pattern(100)), S_OK);
+  EXPECT_EQ(CheckCompound(ReadFile(Path("file"))).size(), 6u);
+}
+
+TEST_F(CompoundDamage, StreamField_OutOfRange_IsDamage) {
+  const CompoundImage image = Small().Build();
+  const struct {
+    const char* label;
+    const char* name;
+    uint32_t entry;
+    size_t field;
+    uint32_t value;
+  } kFields[] = {{"size beyond the file", "Workbook", kWorkbook, kSize, 0x10000},
+                 {"size of 4 GiB", "Workbook", kWorkbook, kSize, 0xFFFFFFFF},
+                 {"size beyond the chain", "Workbook", kWorkbook, kSize, 5121},
+                 {"start beyond the file", "Workbook", kWorkbook, kStart, 0x1000},
+                 {"start at a mark", "Workbook", kWorkbook, kStart, 0xFFFFFFFE},
+                 {"mini start beyond the mini stream", "mini", kMini, kStart, 0x1000},
+                 {"mini size beyond the chain", "mini", kMini, kSize, 321},
+                 {"mini stream of no size", "mini", 0, kSize, 0},
+                 {"mini stream of 4 GiB", "mini", 0, kSize, 0xFFFFFFFF},
+                 {"mini stream beyond the file", "mini", 0, kStart, 0x1000}};
+  for (const auto& field : kFields) {
+    CompoundImage damaged = image;
+    damaged.PutU32(image.EntryAt(field.entry) + field.field, field.value);
+    ExpectDamaged(damaged.bytes, field.name, field.label);
+  }
+}
+
+TEST_F(CompoundDamage, HighHalfOfASize_CountsInVersion4Alone) {
+  CompoundImage image = Small().Build();
+  image.PutU32(image.EntryAt(kWorkbook) + kSize + 4, 0xCCCCCCCC);
+  EXPECT_EQ(Read(image.bytes, "Workbook"), S_OK);
+  CompoundBuilder builder(4);
+  builder.AddStream("Workbook", Pattern(5000));
+  CompoundImage large = builder.Build();
+  large.PutU32(large.EntryAt(kWorkbook) + kSize + 4, 1);
+  ExpectDamaged(large.bytes, "Workbook", "4 GiB more");
+}
+
+TEST_F(CompoundDamage, DamagedStream_LeavesTheOthersReadableAndCanBeReplaced) {
+  CompoundImage image = Small().Build();
+  image.PutU32(image.TableAt(image.chains.at(kWorkbook)[0]), 0xFFFFFFFF);
+  EXPECT_EQ(Read(image.bytes, "Workbook"), platform::kStgDocFileCorrupt);
+  EXPECT_EQ(Read(image.bytes, "mini"), S_OK);
+  EXPECT_EQ(Save(Path("file"), "mini", Pattern(10)), platform::kStgDocFileCorrupt);
+  EXPECT_EQ(Save(Path("file"), "Workbook", Pattern(6000)), S_OK);
+  EXPECT_EQ(CheckCompound(ReadFile(Path("file"))).size(), 5u);
+}
+
+// Streams that claim the same sectors over and over would make the new file many times as large as the old.
+TEST_F(CompoundDamage, StreamsThatShareTheWholeFile_AreNotCopied) {
+  CompoundBuilder builder;
+  builder.AddStream("Workbook", Pattern(50000));
+  for (int i = 0; i < 20; ++i) builder.AddStream("n" + std::to_string(i), Pattern(4096));
+  CompoundImage image = builder.Build();
+  for (uint32_t entry = 2; entry < 22; ++entry) {
+    image.PutU32(image.EntryAt(entry) + kStart, image.chains.at(kWorkbook)[0]);
+    image.PutU32(image.EntryAt(entry) + kSize, 50000);
+  }
+  EXPECT_EQ(Read(image.bytes, "n19"), S_OK);
+  EXPECT_EQ(Save(Path("file"), "addition", Pattern(100)), platform::kStgDocFileCorrupt);
+  EXPECT_TRUE(ReadFile(Path("file")) == image.bytes);
+}
+
+// Depth is the file's choice: it must not be the stack's.
+TEST_F(CompoundDamage, HundredThousandLevelsOfStorages_AreWalked) {
+  CompoundBuilder builder;
+  uint32_t parent = 0;
+  for (int level = 0; level < 100000; ++level) parent = builder.AddStorage("d", parent);
+  builder.AddStream("Workbook", Pattern(10));
+  WriteFile(Path("file"), builder.Build().bytes);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Save(Path("file"), "Workbook", Pattern(20)), S_OK);
+  EXPECT_EQ(StreamOf(Path("file"), "Workbook"), Pattern(20));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+}  // namespace
+}  // namespace tolvenar::testing
+
+#endif  // !_WIN32

@@ -1,0 +1,79 @@
+// AllocationFault: the program's own operator new. A test program gets it by using AllocationFault, and no
+// other does.
+#include "support/allocation_faults.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr int kNone = -1;
+constexpr int kFired = -2;
+
+int requests_left = kNone;
+
+void* Take(std::size_t size) {
+  return std::malloc(size != 0 ? size : 1);
+}
+
+void* TakeOrFail(std::size_t size) {
+  if (requests_left >= 0 && requests_left-- == 0) {
+    requests_left = kFired;
+    return nullptr;
+  }
+  return Take(size);
+}
+
+void* TakeOrThrow(std::size_t size) {
+  if (void* taken = Take(size)) return taken;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  return TakeOrThrow(size);
+}
+void* operator new[](std::size_t size) {
+  return TakeOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return TakeOrFail(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return TakeOrFail(size);
+}
+void operator delete(void* taken) noexcept {
+  std::free(taken);
+}
+void operator delete[](void* taken) noexcept {
+  std::free(taken);
+}
+void operator delete(void* taken, std::size_t) noexcept {
+  std::free(taken);
+}
+void operator delete[](void* taken, std::size_t) noexcept {
+  std::free(taken);
+}
+void operator delete(void* taken, const std::nothrow_t&) noexcept {
+  std::free(taken);
+}
+void operator delete[](void* taken, const std::nothrow_t&) noexcept {
+  std::free(taken);
+}
+
+namespace tolvenar::testing {
+
+AllocationFault::AllocationFault(int k) {
+  requests_left = k;
+}
+
+AllocationFault::~AllocationFault() {
+  requests_left = kNone;
+}
+
+bool AllocationFault::fired() const {
+  return requests_left == kFired;
+}
+
+}  // namespace tolvenar::testing
