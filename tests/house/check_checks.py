@@ -156,10 +156,14 @@ class Checks(unittest.TestCase):
         rows = check_suite.rows_of("| Test | Why |\n|---|---|\n| `tests/b_test.cpp` | why |\n| `A.Two` | |\n")
         self.assertEqual(rows, [("tests/b_test.cpp", "why"), ("A.Two", "")])
         self.assertEqual(check_suite.rows_of("| `A.B`, `C.D` | why |\n"), [("A.B", "why"), ("C.D", "why")])
-        self.assertEqual(len(check_suite.compare(tests, {"A.One"}, rows)), 1)
-        self.one(check_suite.compare(tests, {"A.One", "B.One"}, rows[1:]), "A.Two gives no reason")
-        self.one(check_suite.compare(tests, {"A.One", "A.Two"}, []), "B.One is not run on Windows")
-        self.one(check_suite.compare(tests, {"A.One", "A.Two", "B.One"}, rows[:1]), "tests/b_test.cpp need not be left out")
+        self.assertEqual(len(check_suite.compare(tests, {"A.One"}, set(), rows)), 1)
+        self.one(check_suite.compare(tests, {"A.One", "B.One"}, set(), rows[1:]), "A.Two gives no reason")
+        self.one(check_suite.compare(tests, {"A.One", "A.Two"}, set(), []), "B.One is not run on Windows")
+        self.assertEqual(check_suite.compare(tests, {"A.One", "A.Two", "B.One"}, {"C.One/1"}, [("C.One/1", "why")]), [])
+        self.one(check_suite.compare(tests, {"A.One", "A.Two", "B.One"}, set(), [("C.One/1", "why")]), "C.One/1 need not be left out")
+        code = "TEST(A, B) {\n#if defined(_WIN32)\n  GTEST_SKIP() << 1;\n#endif\n}\nTEST(A, C) {\n  GTEST_SKIP() << 1;\n}\n"
+        self.assertEqual(check_suite.skipped_here(code), {"A.B"})
+        self.one(check_suite.compare(tests, {"A.One", "A.Two", "B.One"}, set(), rows[:1]), "tests/b_test.cpp need not be left out")
 
 
 if __name__ == "__main__":

@@ -55,14 +55,15 @@ void StorageRelease(Storage* storage) {
 HRESULT StreamRead(Stream* stream, void* bytes, uint32_t count, uint32_t* moved) {
   ULONG done = 0;
   const HRESULT result = stream->Read(bytes, count, &done);
-  *moved = done;
+  if (moved != nullptr) *moved = done;
   return result;
 }
 
+// Nothing may be written from nowhere, which the system refuses.
 HRESULT StreamWrite(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved) {
   ULONG done = 0;
-  const HRESULT result = stream->Write(bytes, count, &done);
-  *moved = done;
+  const HRESULT result = count == 0 ? S_OK : stream->Write(bytes, count, &done);
+  if (moved != nullptr) *moved = done;
   return result;
 }
 
