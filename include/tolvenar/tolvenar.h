@@ -282,6 +282,64 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLChangeCellXF(uint32_t* buffer, uint32_t tab
 TOLVENAR_API uint32_t TOLVENAR_CALL ChangeFormat(uint32_t buffer, uint32_t table, int16_t sheet,
                                                  const int16_t* matrix, int32_t stride);
 
+/* ---- Rows and columns ------------------------------------------------------------------------------------
+ *
+ * Six operations on the structure of one worksheet. All take
+ *   buffer, size  the workbook; both may change
+ *   table         its SheetTable, which stays good
+ *   sheet         1-based
+ *   row, column   1-based
+ * and give the results
+ *   0 done; 1 null table or no sheets; 2 reserved; 3 no such sheet, null buffer, or no worksheet (XLAddRow,
+ *   XLInsertRow: also no pool block for the new row); 4 the position is refused; 7 reserved; 8 null `size`;
+ *   9 XLAddRow: the first or last used row has no ROW record to copy; 10 XLAddRow, XLInsertRow: the new row
+ *   could not be written, and where the buffer could not grow it is released and its variable is 0; 11
+ *   reserved.
+ * With 1 to 8 nothing has changed, but for the 3 of XLInsertRow and XLAddRow that tells of the pool. Nothing is
+ * rolled back. Cells, ROW records and the formulas of the sheet itself follow; column widths, merged cells,
+ * names, cells of the shared string table (LABELSST) and formulas on other sheets do not. INDEX and DBCELL go
+ * stale: XLDeleteDBCells removes them. Formulas are read by BIFF5's layout in both generations, on purpose: in
+ * a BIFF8 workbook references come out wrong, though no record but the formula's own is touched.
+ *
+ *   uint32_t book = 0, size = 0, table = 0;
+ *   if (XLOpenFile("report.xls", &book, &size) == 0 && XLLocateSheets(book, &table, size) == 0)
+ *     XLInsertRow(&book, table, &size, 1, 5);      (opens row 5 of the first sheet)
+ */
+
+/* Widens the used range up to `row`, which lies outside it (inside: 4): rows beyond the last one get copies of
+ * the last ROW record; with `row` before the first one, all rows from it to the last but one get copies of the
+ * first ROW record, also those that have one, on purpose. No cell moves. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLAddRow(uint32_t* buffer, uint32_t table, uint32_t* size, int16_t sheet,
+                                            int16_t row);
+
+/* Widens the used range up to `column`, which lies outside it (inside: 4), in every row. `size` is not used.
+ * Works on the BIFF8 fields of the sheet's dimensions in both generations, on purpose. Result: 0 to 4 as
+ * above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLAddCol(uint32_t* buffer, uint32_t table, uint32_t* size, int16_t sheet,
+                                            int16_t column);
+
+/* Opens an empty row at `row`, with the height and format of the row that moves down (none when that one has no
+ * ROW record). Any position passes unless the used range is inverted. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLInsertRow(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                               int16_t sheet, int16_t row);
+
+/* Opens an empty column at `column`. A run of cells across it is split; the record that directly follows a
+ * split run stays as it is, on purpose. Any position passes unless the used range is inverted. Result: 0 to 8
+ * as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLInsertCol(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                               int16_t sheet, int16_t column);
+
+/* Takes row `row` away with its cells. The used range keeps its last row unless `row` lies beyond it, on
+ * purpose. A reference to the row, and one to the row behind it, becomes a reference error. `size` is not used.
+ * Any position passes unless the used range is inverted. Result: 0 to 4 as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLDeleteRow(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                               int16_t sheet, int16_t row);
+
+/* Takes column `column` away with its cells; a run of cells that begins in it keeps them all, moved left by one,
+ * on purpose. The position check compares with the rows of the used range. Result: 0 to 8 as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLDeleteCol(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                               int16_t sheet, int16_t column);
+
 #ifdef __cplusplus
 }
 #endif

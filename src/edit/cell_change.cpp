@@ -71,8 +71,8 @@ struct Change {
   uint32_t* size;
   int16_t row;
   int16_t column;
-  uint32_t at =
-      0;  // the record that holds the cell, or before which it belongs; later the place of the new cell
+  // The record that holds the cell, or before which it belongs; later the place of the new cell.
+  uint32_t at = 0;
   bool present = false;
 };
 

@@ -2,9 +2,8 @@
 //
 //   FOUND           A NEW VALUE                                     A NEW XF INDEX
 //   single cell     turns SLACK, the new record takes its place     overwritten
-//   cell of a run   the run is split, the new record goes between   overwritten, and that of the first cell
-//   too no cell         the new record goes in front of the next one    a BLANK goes in front of the next
-//   record
+//   cell of a run   the run is split, the new record goes between   overwritten, with that of the first cell
+//   no cell         the new record goes in front of the next one    a BLANK goes in front of the next one
 //
 // Invariants: (1) Only cell records change. ROW, DIMENSIONS, INDEX and DBCELL are not updated, no text enters
 // the shared strings, and a STRING, SHRFMLA or ARRAY behind a replaced FORMULA stays. (2) No edit is rolled

@@ -14,13 +14,15 @@ struct Matrix {
   int32_t stride;
 };
 
-// The matrix entry of the cell at `at`; negative when there is none in reach.
+// The matrix entry of the cell at `at`; negative when it would stand in front of the matrix. Row and column are
+// signed: column -1 of row 1 is the last entry of row 0, on purpose.
 int16_t EntryOfCell(const Matrix& matrix, const Block& block, uint32_t at) {
   constexpr int16_t kKeep = -1;
   const int16_t row = I16At(block, at + kCellRow);
   const int16_t column = I16At(block, at + kCellColumn);
-  if (matrix.entries == nullptr || row < 0 || column < 0) return kKeep;
-  return matrix.entries[static_cast<ptrdiff_t>(int64_t{row} * matrix.stride + column)];
+  const int64_t entry = int64_t{row} * matrix.stride + column;
+  if (matrix.entries == nullptr || entry < 0) return kKeep;
+  return matrix.entries[static_cast<ptrdiff_t>(entry)];
 }
 
 void StampCell(const Matrix& matrix, const Block& block, uint32_t at) {

@@ -14,8 +14,8 @@ namespace tolvenar {
 // Stamps the cells of `sheet` (1-based). A negative entry leaves the cell's format as it is.
 // REQUIRES: the matrix covers every cell of the sheet; it is not bounds-checked.
 // RESULT 1: the walk ran, also over a sheet without cells. 0: null table or buffer, or no such sheet.
-// Harmless where nothing is prescribed: a cell whose row or column reads as negative would lie in front of
-// the matrix and keeps its format; with a null matrix every cell does.
+// Rows and columns are signed 16-bit values. Harmless where nothing is prescribed: a cell whose entry would lie
+// in front of the matrix keeps its format; with a null matrix every cell does.
 uint32_t ChangeFormat(uint32_t buffer, uint32_t table, int16_t sheet, const int16_t* matrix, int32_t stride);
 
 }  // namespace tolvenar

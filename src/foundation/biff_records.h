@@ -27,9 +27,11 @@ constexpr uint8_t kLowRow = 0x08;
 constexpr uint8_t kLowBof = 0x09;
 constexpr uint8_t kLowEof = 0x0A;
 constexpr uint8_t kLowIndex = 0x0B;
+constexpr uint8_t kLowArray = 0x21;
 constexpr uint8_t kLowObj = 0x5D;
 constexpr uint8_t kLowRk = 0x7E;
 constexpr uint8_t kLowBoundSheet = 0x85;
+constexpr uint8_t kLowShrFmla = 0xBC;
 constexpr uint8_t kLowMulRk = 0xBD;
 constexpr uint8_t kLowMulBlank = 0xBE;
 constexpr uint8_t kLowRString = 0xD6;
@@ -41,6 +43,7 @@ constexpr uint8_t kLowLabelSst = 0xFD;
 constexpr uint16_t kTypeBlank = 0x0201;
 constexpr uint16_t kTypeNumber = 0x0203;
 constexpr uint16_t kTypeLabel = 0x0204;
+constexpr uint16_t kTypeRow = 0x0208;
 constexpr uint16_t kTypeRk = 0x027E;
 constexpr uint16_t kTypeMulRk = 0x00BD;
 constexpr uint16_t kTypeMulBlank = 0x00BE;
@@ -84,8 +87,10 @@ struct DimensionsFields {
 constexpr DimensionsFields kDimensionsBiff5 = {4, 6, 8, 10};
 constexpr DimensionsFields kDimensionsBiff8 = {4, 8, 12, 14};
 
-// ROW: row u16.
+// ROW: row u16, first column u16, last column plus 1 u16, then height and the rest of the row's looks.
 constexpr uint32_t kRowNumber = 4;
+constexpr uint32_t kRowFirstColumn = 6;
+constexpr uint32_t kRowPastColumn = 8;
 
 // Cells: row u16, column u16 (a run: first column), XF u16 (a run: of its first cell), then what the kind
 // holds.
@@ -105,6 +110,14 @@ constexpr uint32_t kFormulaResultKind = kCellBody;  // u8, of a result that is n
 constexpr uint32_t kFormulaResultTag = 16;          // u16: 0xFFFF when the result is no number
 constexpr uint32_t kLabelSstIndex = kCellBody;      // u32
 
+// Formulas: a length u16, then the tokens. In a cell, in an ARRAY and in a SHRFMLA.
+constexpr uint32_t kFormulaLength = 24;
+constexpr uint32_t kFormulaTokens = 26;
+constexpr uint32_t kArrayFormulaLength = 16;
+constexpr uint32_t kArrayFormulaTokens = 18;
+constexpr uint32_t kSharedFormulaLength = 12;
+constexpr uint32_t kSharedFormulaTokens = 14;
+
 // Runs: cells from kCellXf on, then the last column as the last u16 of the payload.
 constexpr uint32_t kMulRkCell = 6;             // XF u16, RK 4 bytes
 constexpr uint32_t kMulBlankCell = 2;          // XF u16
@@ -113,6 +126,7 @@ constexpr uint32_t kRunLastColumnFromEnd = 2;  // last column at offset + length
 
 // Sizes of the records that are written, header included.
 constexpr uint32_t kBlankSize = kHeaderSize + 6;  // row, column, XF
+constexpr uint32_t kRowSize = kHeaderSize + 6 + 10;  // row, first column, last column plus 1, the rest
 constexpr uint32_t kNumberSize = kHeaderSize + 6 + 8;
 constexpr uint32_t kRkSize = kHeaderSize + 6 + 4;
 constexpr uint32_t kLabelFixed = kHeaderSize + 6 + 2;  // row, column, XF, length; the text behind it

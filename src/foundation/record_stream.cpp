@@ -27,7 +27,7 @@ void PutJump(const Block& block, uint32_t at, uint8_t private_low, uint32_t targ
 }
 
 // Lays the bytes into the SLACK at `at` when they fit it exactly, or leave at least a SLACK header behind them. At 1 to 3 bytes less than
-// the payload the bytes would fit, but no header behind them: they take the detour, on purpose.
+// the whole room the bytes would fit, but no header behind them: they take the detour, on purpose.
 bool FillSlack(const Block& block, const uint8_t* bytes, uint32_t at, int16_t n) {
   if (!IsPrivate(block, at, kLowSlack)) return false;
   const int16_t length = I16At(block, at + kRecordLength);
@@ -98,6 +98,11 @@ bool GrowFor(uint32_t* buffer, uint32_t* size, int32_t at, uint32_t count, int32
 Block OpenBlock(uint32_t handle) {
   const uint32_t capacity = MEMORYALLOCSIZE(handle);
   return capacity == 0 ? Block{} : Block{BlockBytes(handle), capacity};
+}
+
+Block PayloadOf(const Block& block, uint32_t at) {
+  const uint32_t length = BytesInside(block, at + kHeaderSize, LengthAt(block, at));
+  return length == 0 ? Block{} : Block{block.base + at + kHeaderSize, length};
 }
 
 uint32_t BytesInside(const Block& block, uint32_t at, uint32_t n) {

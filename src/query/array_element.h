@@ -17,8 +17,17 @@ inline SAFEARRAY* ArrayAt(SAFEARRAY** array) {
   return array != nullptr ? *array : nullptr;
 }
 
+// The same for elements of `dimensions` indices. An array of more dimensions would read indices that are not
+// there: it counts as none.
+inline SAFEARRAY* ArrayAt(SAFEARRAY** array, UINT dimensions) {
+  SAFEARRAY* named = ArrayAt(array);
+  return SafeArrayGetDim(named) <= dimensions ? named : nullptr;
+}
+
+constexpr UINT kCellDimensions = 2;
+
 struct Element {
-  LONG index[2];
+  LONG index[kCellDimensions];
 };
 
 // The element of the cell record at `at`; of a run of cells, that of its first cell.

@@ -32,7 +32,7 @@ int16_t CheckCellRead(SAFEARRAY* array, uint32_t buffer, uint32_t table, int16_t
   uint16_t last_col = last_row;
   if (XLGetSheetSize(buffer, table, sheet, &first_row, &last_row, &first_col, &last_col) != 0)
     return kCellsNoWorksheet;
-  if (SafeArrayGetDim(array) != 2) return kCellsNotTwoDimensions;
+  if (SafeArrayGetDim(array) != kCellDimensions) return kCellsNotTwoDimensions;
   if (!Covers(array, 1, first_row, last_row) || !Covers(array, 2, first_col, last_col))
     return kCellsArrayTooSmall;
   // These two stay in the ladder though codes 1 and 3 come first, on purpose.

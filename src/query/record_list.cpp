@@ -50,7 +50,8 @@ bool ListRecord(const Block& block, uint32_t at, LONG index, const ListArrays& a
 
 int16_t ListRecords(const Block& block, int32_t limit, int32_t* count, const ListArrays& arrays) {
   for (Walk walk = StartWalk(block, 0); static_cast<int32_t>(walk.at) < limit && !walk.ended; Step(&walk)) {
-    if (At(block, walk.at, kHeaderSize) == nullptr) break;  // a jump out of the block
+    // A jump to a negative offset is below the limit, but out of the block.
+    if (At(block, walk.at, 1) == nullptr) break;
     const LONG index = static_cast<int16_t>(*count) + 1;
     if (!ListRecord(block, walk.at, index, arrays)) return kNoImage;
     ++*count;
@@ -66,7 +67,7 @@ int16_t XLGetList(uint32_t buffer, int32_t size, int32_t* count, SAFEARRAY** off
   const Block block = OpenBlock(buffer);
   if (block.extent == 0) return kNoBuffer;
   int32_t listed = 0;
-  const ListArrays arrays = {ArrayAt(offsets), ArrayAt(types), ArrayAt(images), ArrayAt(lengths)};
+  const ListArrays arrays = {ArrayAt(offsets, 1), ArrayAt(types, 1), ArrayAt(images, 1), ArrayAt(lengths, 1)};
   // size - 1, in 32 bits that wrap.
   const int32_t limit = static_cast<int32_t>(static_cast<uint32_t>(size) - 1);
   const int16_t result = limit < 1 ? kListed : ListRecords(block, limit, &listed, arrays);

@@ -14,8 +14,8 @@
 namespace tolvenar {
 
 // Lists the records of `buffer` (`size` bytes) in the order of the walk, the private ones included, up to
-// the BUFEND or the end of the buffer. *count is their number. An element that an array refuses, or a
-// null array, is passed over. An image is handed over as a BSTR that an array of VT_BSTR takes, and off
+// the BUFEND or the end of the buffer. *count is their number. An element that an array refuses, and
+// a null array or one of several dimensions, is passed over. An image is handed over as a BSTR that an array of VT_BSTR takes, and off
 // Windows one of VT_VARIANT too. The element of a record whose size overflows 16 signed bits is an empty
 // text.
 // RESULT 0: done; also for a size of 1 or less, with a count of 0. 1: null buffer, or one that is no live

@@ -118,7 +118,7 @@ void XLEXTLabel(uint32_t buffer, const int32_t* index, const int16_t* /*bucket*/
   if (block.extent == 0) return;
   const StringPlace place =
       WalkToString(block, static_cast<uint32_t>(sst_offset), index != nullptr ? *index : 0);
-  PutString(block, place, ArrayAt(cells), static_cast<uint32_t>(record_offset));
+  PutString(block, place, ArrayAt(cells, kCellDimensions), static_cast<uint32_t>(record_offset));
 }
 
 void PutSharedString(SharedStringReader* reader, int16_t index, SAFEARRAY* array, uint32_t record_offset) {

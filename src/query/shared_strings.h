@@ -13,8 +13,8 @@
 //
 // Invariants: (1) A string has no shape of its own: it is read as wide or rich as the string before it is
 // flagged, and string 0 as neither. That is how this reader works, on purpose. (2) A string takes at
-// least 3 bytes, so one whose number is beyond what the block has room for lies outside the block, where
-// everything reads as an empty text.
+// least 3 bytes, unless its counts are negative, so one whose number is beyond what the block has room for
+// counts as lying outside the block, where everything reads as an empty text. That bounds the walk too.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +40,7 @@ int16_t XLNumStrExt(uint32_t buffer, uint32_t table);
 // same string, and so a bucket of 0 does no harm. A null `index` counts as 0. An index below 1 reads
 // string 0.
 // Nothing is put when the buffer is no live block, when the pool has no block for the text, or when the
-// array refuses it. A string of more characters than 16 signed bits hold puts an empty text.
+// array refuses it or has more than two dimensions. A string of more characters than 16 signed bits hold puts an empty text.
 void XLEXTLabel(uint32_t buffer, const int32_t* index, const int16_t* bucket, int32_t sst_offset,
                 SAFEARRAY** cells, int32_t record_offset);
 

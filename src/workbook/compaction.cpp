@@ -30,16 +30,13 @@ void Flush(RunCopier* copier) {
 
 // Keeps `count` bytes at `at`. A count below 0, which only a signed length gives, copies nothing and takes
 // the write offset back.
-void Keep(RunCopier* copier, uint32_t at, int32_t count) {
-  if (copier->run_length == 0 || at != copier->run + copier->run_length) {
+inline void Keep(RunCopier* copier, uint32_t at, int32_t count) {
+  if (at != copier->run + copier->run_length) {
     Flush(copier);
     copier->run = at;
   }
-  if (count > 0) {
-    copier->run_length += static_cast<uint32_t>(count);
-  } else {
-    Flush(copier);
-  }
+  if (count < 0) Flush(copier);
+  copier->run_length += count < 0 ? 0 : static_cast<uint32_t>(count);
   copier->written += count;
 }
 
@@ -53,10 +50,11 @@ int32_t RecordSize(const Block& block, uint32_t at, LengthField lengths) {
   return length + static_cast<int32_t>(kHeaderSize);
 }
 
-// DETOUR, RESUME and SLACK, which a compact stream has none of; nor has it a BUFEND, which ends the walk.
+// True for DETOUR, RESUME, SLACK and BUFEND, which a compact stream has none of. One look at the high byte tells
+// for nearly every record that it is none of them.
 bool IsPatch(const Block& block, uint32_t at) {
   if (U8At(block, at + kRecordTypeHigh) != kPrivateHigh) return false;
-  return IsJump(block, at) || IsPrivate(block, at, kLowSlack);
+  return IsJump(block, at) || IsPrivate(block, at, kLowSlack) || IsPrivate(block, at, kLowBufEnd);
 }
 
 // Walks the old buffer, `max_records` at most, and lays what is kept into the copy; the table's entries of
@@ -73,8 +71,11 @@ bool CopyRecords(RunCopier* copier, const Block& table, uint32_t limit, LengthFi
       PutTableEntry(table, entry, static_cast<uint32_t>(copier->written));
       ++sheet;
     }
-    at_end = IsPrivate(from, walk.at, kLowBufEnd);
-    if (!at_end && !IsPatch(from, walk.at)) Keep(copier, walk.at, RecordSize(from, walk.at, lengths));
+    if (IsPatch(from, walk.at)) {
+      at_end = IsPrivate(from, walk.at, kLowBufEnd);
+    } else {
+      Keep(copier, walk.at, RecordSize(from, walk.at, lengths));
+    }
     Step(&walk);
   }
   Flush(copier);

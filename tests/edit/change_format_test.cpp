@@ -123,8 +123,33 @@ TEST_F(ChangeFormatTest, OtherSheets_AreLeftAlone) {
                                                                          .Stream());
 }
 
-TEST_F(ChangeFormatTest, NegativeRowOrColumn_KeepsItsFormat) {
-  Open(Sheet(6).Blank(0xFFFF, 1, 15).Blank(1, 0xFFFF, 15).Blank(0x8000, 0x8000, 15));
+TEST_F(ChangeFormatTest, WalkStopsExactlyAtTheEndOfTheTable) {
+  StreamBuilder book = Sheet(6).Blank(0, 1, 15).Blank(0, 2, 15);
+  Open(book);
+  PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, book.Last());
+  EXPECT_EQ(Change(), 1u);
+  EXPECT_EQ(Cells(), StreamBuilder().Blank(0, 1, 101).Blank(0, 2, 15).Stream());
+}
+
+TEST_F(ChangeFormatTest, WalkStopsAtTheSheetsEofEvenWhenItIsNotTheLimit) {
+  BiffVersion = kBiff8;
+  StreamBuilder book = StreamBuilder().Bof(6).Sheet("A").Sheet("B").Eof();
+  book.Bof(6, testing::kWorksheet).Blank(0, 1, 15).Eof().Bof(6, testing::kWorksheet).Blank(0, 2, 15);
+  const uint32_t other = book.Last();
+  OpenAsItIs(book.Eof());
+  PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, 0x7FFFFFFF);
+  EXPECT_EQ(Change(), 1u);
+  EXPECT_EQ(U16At(OpenBlock(buffer_), other + kCellXf), 15);
+}
+
+TEST_F(ChangeFormatTest, RowAndColumn_AreSigned) {
+  Open(Sheet(6).Blank(1, 0xFFFF, 15).Blank(0xFFFF, 21, 15));
+  EXPECT_EQ(Change(), 1u);
+  EXPECT_EQ(Cells(), StreamBuilder().Blank(1, 0xFFFF, 119).Blank(0xFFFF, 21, 101).Stream());
+}
+
+TEST_F(ChangeFormatTest, EntryInFrontOfTheMatrix_KeepsTheFormat) {
+  Open(Sheet(6).Blank(0xFFFF, 19, 15).Blank(0, 0xFFFF, 15).Blank(0x8000, 0x8000, 15));
   EXPECT_EQ(Change(), 1u);
   ExpectUntouched();
 }

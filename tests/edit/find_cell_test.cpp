@@ -150,6 +150,44 @@ TEST_F(FindCellTest, OutsideDimensions_Gives0InBothGenerations) {
   }
 }
 
+TEST_F(FindCellTest, Dimensions_AreComparedAsSigned16BitValues) {
+  struct Case {
+    uint16_t first, past;
+    bool inside;  // row 3 and column 3, caller's
+  };
+  for (const Case& c : {Case{0, 0x7FFF, true}, Case{0, 0x8000, false}, Case{0, 0xFFFF, false},
+                        Case{0x7FFF, 10, true}, Case{0xFFFF, 10, true}, Case{0x7FFE, 0x7FFF, false}}) {
+    for (uint8_t version : kVersions) {
+      SCOPED_TRACE(c.first * 0x10000 + c.past);
+      BiffVersion = version;
+      for (bool rows : {true, false}) {
+        StreamBuilder book = StreamBuilder().Bof(version).Sheet("Data").Eof().Bof(version, kWorksheet);
+        rows ? book.Dimensions(c.first, c.past, 0, 10) : book.Dimensions(0, 10, c.first, c.past);
+        Open(book.Row(2).Number(2, 2, 15, 1.0));
+        EXPECT_EQ(Find(3, 3), c.inside ? Found(book.Last()) : 0);
+        MEMORYFREEALL();
+      }
+    }
+  }
+}
+
+TEST_F(FindCellTest, DimensionsOfBiff8_HaveOnlyTheLowHalvesOfTheirRowsRead) {
+  BiffVersion = kBiff8;
+  StreamBuilder book = StreamBuilder().Bof(6).Sheet("Data").Eof().Bof(6, kWorksheet);
+  book.Record(0x0200, U32(0x00050001) + U32(0x00070003) + U16(0) + U16(10) + U16(0xFFFF));
+  Open(book.Row(0).Row(1).Row(3).Number(1, 2, 15, 1.0));
+  EXPECT_EQ(Find(2, 3), Found(book.Last()));
+  EXPECT_EQ(Find(1, 3), 0);
+  EXPECT_EQ(Find(4, 3), 0);
+}
+
+TEST_F(FindCellTest, SecondRowRecordOfARow_IsNotTheLastPosition) {
+  StreamBuilder book = Sheet(6).Row(0).Number(0, 1, 15, 1.0);
+  const uint32_t behind = book.Here();
+  Open(book.Row(0));
+  EXPECT_EQ(Find(1, 3), Before(behind));
+}
+
 TEST_F(FindCellTest, DimensionsOfANestedSubstream_BoundToo) {
   StreamBuilder book = Sheet(6).Row(0).Bof(6, kChart).Dimensions(0, 1, 0, 2).Eof().Number(0, 4, 15, 1.0);
   Open(book);
@@ -252,6 +290,14 @@ TEST_F(FindCellTest, SearchStopsAtTheSheetsEofEvenWhenItIsNotTheLimit) {
   PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, 0x7FFFFFFF);
   EXPECT_GT(Find(1, 1), 0);
   EXPECT_EQ(Find(2, 4), 0);
+}
+
+TEST_F(FindCellTest, SearchStopsExactlyAtTheEndOfTheTable) {
+  StreamBuilder book = Sheet(6).Row(0).Number(0, 0, 15, 1.0).Number(0, 3, 15, 1.0);
+  Open(book);
+  PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, book.Last());
+  EXPECT_EQ(Find(1, 1), Found(book.Last() - kNumberSize));
+  EXPECT_EQ(Find(1, 4), Before(book.Last()));
 }
 
 TEST_F(FindCellTest, SearchFollowsADetour) {

@@ -246,6 +246,23 @@ TEST_F(RunSplittersTest, ColumnSplitters_EndAtTheRecordAfterThePieces) {
   EXPECT_EQ(BytesAt(old_size + 34, 2), (Bytes{0xFD, 0xFE}));
 }
 
+TEST_F(RunSplittersTest, OnlyCellOfARun_DeletedOrMovedOn) {
+  OpenRun(Stream().MulRk(1, 2, {{21, 0x11}}));
+  EXPECT_EQ(Split(SplitMulRkForDelete, 3), static_cast<int32_t>(run_));  // no piece: the place of the run
+  EXPECT_EQ(BytesAt(run_, 4), (Bytes{0xFD, 0xFE, 12, 0}));
+  MEMORYFREEALL();
+  OpenRun(Stream().MulBlank(1, 2, {21}));
+  EXPECT_EQ(Split(SplitMulBlankForDelete, 3), static_cast<int32_t>(run_));
+  EXPECT_EQ(BytesAt(run_, 4), (Bytes{0xFD, 0xFE, 8, 0}));
+  MEMORYFREEALL();
+  OpenRun(Stream().MulRk(1, 2, {{21, 0x11}}));  // 16 bytes have no room for an RK and a header behind it
+  const uint32_t old_size = size_;
+  EXPECT_EQ(Split(SplitMulRkForInsert, 3), static_cast<int32_t>(old_size + 14));
+  EXPECT_EQ(BytesAt(old_size, 14),
+            (Bytes{0x7E, 0x02, 10, 0, 1, 0, 3, 0, 2, 0, kTenant, kTenant, kTenant, kTenant}));
+  EXPECT_EQ(LiveBlocks(), live_);
+}
+
 constexpr Splitter kAllSplitters[] = {SplitMulRkForChange,    SplitMulBlankForChange, SplitMulRkForInsert,
                                       SplitMulBlankForInsert, SplitMulRkForDelete,    SplitMulBlankForDelete};
 

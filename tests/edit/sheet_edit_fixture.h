@@ -1,9 +1,9 @@
 // A test on a book of one worksheet in a pool block, opened as a host would have it: buffer, size,
 // SheetTable.
 //
-//   StreamBuilder sheet = Sheet(6);      globals, then BOF and DIMENSIONS of the sheet: rows 0 to 9, columns
-//   0 to 19 sheet.Row(0).Number(0, 0, 15, 1.5);  the records under test Open(sheet); closes it with a WINDOW2
-//   and the EOF
+//   StreamBuilder sheet = Sheet(6);      globals, BOF and DIMENSIONS of the sheet (rows 0-9, columns 0-19)
+//   sheet.Row(0).Number(0, 0, 15, 1.5);  the records under test
+//   Open(sheet);                         closes it with a WINDOW2 and the EOF
 //   ... the call ...
 //   EXPECT_EQ(Cells(), ...);             the records between DIMENSIONS and WINDOW2, in the order of the walk
 #pragma once

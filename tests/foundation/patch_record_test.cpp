@@ -123,6 +123,15 @@ TEST_F(PatchRecordTest, ShortRecord_DisplacesItsNeighbourToo) {
   EXPECT_EQ(Contents(area + 24, area + 32), (Bytes{0xFA, 0xFE, 4, 0}) + U32(56));
 }
 
+TEST_F(PatchRecordTest, RecordAsLongAsADetour_IsDisplacedAlone) {
+  Load(StreamBuilder().Record(0x0001, {1, 2, 3, 4}).Record(0x0002, {5, 6}).BufEnd());
+  const uint32_t area = size_;
+  EXPECT_EQ(Put(Patch(9), 0), kPatchDone);
+  EXPECT_EQ(size_, area + 9 + 8 + 8);
+  EXPECT_EQ(Contents(area + 9, size_), (Bytes{1, 0, 4, 0, 1, 2, 3, 4, 0xFA, 0xFE, 4, 0, 8, 0, 0, 0}));
+  EXPECT_EQ(Contents(8, 14), (Bytes{2, 0, 2, 0, 5, 6}));
+}
+
 TEST_F(PatchRecordTest, TwoEmptyRecords_MakeRoomForTheDetourExactly) {
   Load(StreamBuilder().Record(0x0001).Record(0x0002).Record(0x0003).BufEnd());
   EXPECT_EQ(Put(Patch(8), 0), kPatchDone);

@@ -2,6 +2,7 @@
 #if !defined(_WIN32)
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -234,6 +235,72 @@ TEST_F(CompoundCommit, FileSizeLimit_IsToldByTheWrite) {
   EXPECT_EQ(StreamOf(path, "s"), Pattern(10));
 }
 
+// Runs `body` as a user whom rights bind, in a process of its own. True when it answered true there.
+template <typename Body>
+bool AsNobody(const Body& body) {
+  constexpr uid_t kNobody = 65534;
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool changed = setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0;
+    _exit(changed && body() ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+class CompoundRights : public CompoundCommit {
+ protected:
+  void SetUp() override {
+    StorageTest::SetUp();
+    if (geteuid() != 0) GTEST_SKIP() << "NOT TESTED: only root can try this as somebody else";
+  }
+};
+
+TEST_F(CompoundRights, FileWithoutTheRightToWrite_IsRefused) {
+  const std::string path = Make("file", {{"s", Pattern(10)}});
+  ASSERT_EQ(chmod(path.c_str(), 0644), 0);
+  EXPECT_TRUE(AsNobody([&] {
+    OpenFile file;
+    return file.Open(path) == platform::kStgAccessDenied;
+  }));
+}
+
+TEST_F(CompoundRights, FolderWithoutTheRightToWrite_RefusesCreationsAndChangesButNotReading) {
+  const std::string path = Make("file", {{"s", Pattern(10)}});
+  ASSERT_EQ(chmod(path.c_str(), 0666), 0);
+  EXPECT_TRUE(AsNobody([&] {
+    OpenFile file;
+    Bytes bytes;
+    return file.Create(Path("new")) == platform::kStgAccessDenied && file.Open(path) == S_OK &&
+           file.Get("s", &bytes) == S_OK && bytes == Pattern(10) &&
+           file.Destroy("s") == platform::kStgAccessDenied &&
+           file.Put("s", {}) == platform::kStgAccessDenied && file.Commit() == S_OK;
+  }));
+  EXPECT_EQ(StreamOf(path, "s"), Pattern(10));
+}
+
+// A user who can't give files away can still save one that is not his.
+TEST_F(CompoundRights, AnothersFile_IsSavedWithItsMode) {
+  const std::string path = Make("file", {{"s", Pattern(10)}});
+  ASSERT_EQ(chmod(path.c_str(), 0666), 0);
+  ASSERT_EQ(chmod(folder_.c_str(), 0777), 0);
+  EXPECT_TRUE(AsNobody([&] { return Save(path, "s", Pattern(20)) == S_OK; }));
+  EXPECT_EQ(StreamOf(path, "s"), Pattern(20));
+  EXPECT_EQ(StatusOf(path).st_mode & 07777, 0666u);
+}
+
+TEST_F(CompoundRights, AnothersLeftOverStage_IsRemovedWithoutBeingReadable) {
+  const std::string path = Make("file", {{"s", Pattern(10)}});
+  WriteFile(StageOf("file"), Pattern(100));
+  ASSERT_EQ(chmod(StageOf("file").c_str(), 0600), 0);
+  ASSERT_EQ(chmod(path.c_str(), 0666), 0);
+  ASSERT_EQ(chmod(folder_.c_str(), 0777), 0);
+  EXPECT_TRUE(AsNobody([&] { return Save(path, "s", Pattern(20)) == S_OK; }));
+  EXPECT_EQ(StreamOf(path, "s"), Pattern(20));
+  EXPECT_EQ(Listing(), std::vector<std::string>({"file"}));
+}
+
 // A file system of 1 MiB, for the time of the test.
 class CompoundFullDisk : public CompoundCommit {
  protected:
@@ -282,6 +349,14 @@ TEST_F(CompoundFullDisk, NewFileTooLarge_IsNotMade) {
   EXPECT_EQ(file.Commit(), platform::kStgMediumFull);
   file.Release();
   EXPECT_TRUE(Listing().empty());
+}
+
+TEST_F(CompoundFullDisk, FileSystemThatIsReadOnly_IsRefused) {
+  const std::string path = Make("file", {{"s", Pattern(10)}});
+  ASSERT_EQ(mount(nullptr, folder_.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+  OpenFile file;
+  EXPECT_EQ(file.Open(path), platform::kStgAccessDenied);
+  EXPECT_EQ(file.Create(Path("new")), platform::kStgAccessDenied);
 }
 
 // Once the write has succeeded the commit does, though others have taken the rest of the disk.
@@ -370,7 +445,7 @@ TEST_F(CompoundCommit, CreationKilledAtAnyInstant_LeavesNoFileOrAWholeOne) {
       file.Release();
       for (;;) pause();
     }
-    usleep(static_cast<useconds_t>(random() % 4000));
+    usleep(static_cast<useconds_t>(random() % 10000));
     kill(child, SIGKILL);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);

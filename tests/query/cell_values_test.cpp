@@ -129,11 +129,13 @@ TEST_F(CellValues, BoolErr) {
 }
 
 TEST_F(CellValues, FormulaNumber_IsADouble) {
-  LoadAndRead(
-      OneSheet().Formula(0, 0, 15, F64(-1.25)).Formula(0, 1, 15, Bytes(6, 0xFF) + Bytes{0xFE, 0xFF}).Eof());
+  StreamBuilder stream = OneSheet().Formula(0, 0, 15, F64(-1.25));
+  stream.Formula(0, 1, 15, Bytes(6, 0xFF) + Bytes{0xFE, 0xFF});
+  LoadAndRead(stream.Formula(0, 2, 15, Bytes(6) + Bytes{0xFF, 0x7F}).Eof());
   EXPECT_EQ(variants_.TypeAt(1, 1), VT_R8);
   EXPECT_EQ(variants_.DoubleAt(1, 1), -1.25);
   EXPECT_EQ(variants_.TypeAt(1, 2), VT_R8);  // only a tag of FF FF makes it no number
+  EXPECT_EQ(variants_.TypeAt(1, 3), VT_R8);
 }
 
 TEST_F(CellValues, FormulaErrorAndBoolean_EvenTrueReadsFalse) {
@@ -273,6 +275,35 @@ TEST_F(CellValues, PatchedCells_AreReadInTheirPlace) {
   EXPECT_EQ(texts_.TextAt(1, 1), "(none)");
   EXPECT_EQ(texts_.TextAt(1, 2), "2.000000");
   EXPECT_EQ(texts_.TextAt(3, 1), "3.000000");
+}
+
+// The walk ends at exactly the place of the sheet's EOF, though a DETOUR stands there.
+TEST_F(CellValues, APatchBeforeTheSheetsEof_IsNotSeen) {
+  const Bytes patch = {3, 2, 14, 0, 0, 0, 1, 0, 15, 0, 0, 0, 0, 0, 0, 0, 0x08, 0x40};
+  for (uint32_t sheets : {1u, 2u}) {
+    StreamBuilder stream = StreamBuilder().Bof(6).Sheet("A");
+    if (sheets == 2) stream.Sheet("B");
+    stream.Eof().Bof(6, kWorksheet).Number(0, 0, 15, 1).Eof();
+    const uint32_t eof = stream.Last();
+    if (sheets == 2) stream.Bof(6, kWorksheet).Eof();
+    Load(stream);
+    ASSERT_EQ(PatchRecord(&buffer_, patch.data(), eof, 18, &size_), 0);
+    EXPECT_EQ(Read(), 0);
+    EXPECT_EQ(texts_.AllText().substr(0, 16), "1.000000|(none)|") << sheets;
+    MEMORYFREEALL();
+  }
+}
+
+// Once the sheets are located anew, the closing EOF lies in the patch area, and the BUFEND behind it.
+TEST_F(CellValues, APatchBeforeTheLastEof_IsSeenByANewTable) {
+  StreamBuilder stream = OneSheet().Number(0, 0, 15, 1).Eof();
+  Load(stream);
+  const Bytes patch = {3, 2, 14, 0, 0, 0, 1, 0, 15, 0, 0, 0, 0, 0, 0, 0, 0x08, 0x40};
+  ASSERT_EQ(PatchRecord(&buffer_, patch.data(), stream.Last(), 18, &size_), 0);
+  MEMORYFREE(&table_);
+  ASSERT_EQ(XLLocateSheets(buffer_, &table_, size_), 0);
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(texts_.AllText().substr(0, 18), "1.000000|3.000000|");
 }
 
 TEST_F(CellValues, OfTwoSheets_OnlyTheOneAskedForIsRead) {

@@ -1,6 +1,8 @@
 // Record list: what XLGetList puts for each record, and where it stops.
 #include "query/record_list.h"
 
+#include <cstring>
+
 #include "support/book_fixture.h"
 #include "support/test_array.h"
 
@@ -148,6 +150,20 @@ TEST_F(RecordList, ArraysThatAreShortOrMissing_AreFilledAsFarAsTheyGo) {
   EXPECT_EQ(XLGetList(buffer, n, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
 }
 
+// An index that isn't there must not be read: the sanitized build tells.
+TEST_F(RecordList, ArraysOfSeveralDimensions_ArePassedOver) {
+  TestArray offsets(VT_I4, 1, 5, 0, 9), images(VT_BSTR, 1, 5, 0, 9);
+  uint32_t size = 0;
+  const uint32_t buffer = StreamBuilder().Bof(6).Eof().Load(&size);
+  EXPECT_EQ(XLGetList(buffer, static_cast<int32_t>(size), &count_, offsets.Ref(), types_.Ref(), images.Ref(),
+                      lengths_.Ref()),
+            0);
+  EXPECT_EQ(count_, 3);
+  EXPECT_EQ(types_.NumberAt(3), 0xF8);
+  EXPECT_EQ(images.AllText().find_first_of("\x09\xF8"), std::string::npos);
+  for (LONG column = 0; column <= 9; ++column) EXPECT_EQ(offsets.NumberAt(2, column), 0);
+}
+
 #if !defined(_WIN32)
 TEST_F(RecordList, ImagesAsVariants) {
   TestArray images(VT_VARIANT, 1, 5);
@@ -205,6 +221,18 @@ TEST_F(RecordList, Rings_End) {
     EXPECT_EQ(offsets_.NumberAt(4), 12);
     MEMORYFREE(&buffer_);
   }
+}
+
+TEST_F(RecordList, HeaderCutByTheEndOfTheSlot_IsListedWithZeros) {
+  const uint32_t buffer = MEMORYALLOC(256);
+  const Bytes stream = (StreamBuilder().Record(0x0042, Bytes(250)).Raw({0x43, 0x10})).Stream();
+  std::memcpy(BlockBytes(buffer), stream.data(), 256);
+  EXPECT_EQ(List(buffer, 256), 0);
+  EXPECT_EQ(count_, 2);
+  EXPECT_EQ(offsets_.NumberAt(2), 254);
+  EXPECT_EQ(types_.NumberAt(2), 0x143);
+  EXPECT_EQ(lengths_.NumberAt(2), 4);
+  EXPECT_EQ(images_.TextAt(2), std::string("\x43\x10\0\0", 4));
 }
 
 TEST_F(RecordList, JumpOutOfTheBlock_EndsTheList) {

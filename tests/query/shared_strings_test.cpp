@@ -209,6 +209,19 @@ TEST_F(SharedStrings, NothingToPutInto_IsHarmless) {
   EXPECT_EQ(small.AllText(), "(none)/(none)");
 }
 
+// The array is one of two dimensions; the sanitized build tells of an index read that isn't there.
+TEST_F(SharedStrings, OneDimensionTakesTheRow_ThreeAreRefused) {
+  LoadStrings(Plain("first"));
+  TestArray rows(VT_BSTR, 1, 4);
+  XLEXTLabel(buffer_, nullptr, nullptr, kSst, rows.Ref(), static_cast<int32_t>(cell_));
+  EXPECT_EQ(rows.TextAt(3), "first");
+  SAFEARRAYBOUND bounds[3] = {{4, 1}, {4, 1}, {9, 0}};
+  SAFEARRAY* three = SafeArrayCreate(VT_BSTR, 3, bounds);
+  XLEXTLabel(buffer_, nullptr, nullptr, kSst, &three, static_cast<int32_t>(cell_));
+  SafeArrayDestroy(three);
+  EXPECT_EQ(LiveBlocks(), 2u);
+}
+
 TEST_F(SharedStrings, NullBuffer_PutsNothing) {
   LoadStrings(Plain("first"));
   TestArray cells(VT_BSTR, 1, 2, 1, 1);

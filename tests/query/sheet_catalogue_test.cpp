@@ -2,6 +2,7 @@
 #include "query/sheet_catalogue.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "query/shared_strings.h"
 #include "support/book_fixture.h"
@@ -137,6 +138,36 @@ TEST_F(SheetCatalogue, NameSheet_BiffFiveNamesComeOutShifted) {
   EXPECT_EQ(length, 4);
 }
 
+TEST_F(SheetCatalogue, NameSheet_BiffFiveLaterEntriesAreMisplaced) {
+  // The second entry is looked for a byte too far: its name's first byte is taken for the length, and the name
+  // begins with its third.
+  StreamBuilder stream;
+  stream.Bof(5).Record(0x0085, U32(0) + U16(0) + Bytes{4} + Text("Data"));
+  stream.Record(0x0085, U32(0) + U16(0) + Bytes{5} + Bytes{3} + Text("next")).Eof();
+  const uint32_t bof = stream.Here();
+  stream.Bof(5, kWorksheet).Eof();
+  Bytes bytes = stream.Stream();
+  WriteU32(bytes.data() + 12 + kBoundSheetBof, bof);
+  WriteU32(bytes.data() + 27 + kBoundSheetBof, bof);
+  Load(StreamBuilder().Raw(bytes), kBiff5);
+  int16_t length = 0;
+  EXPECT_EQ(NameOf(2, &length), Packed("ext"));
+  EXPECT_EQ(length, 3);
+}
+
+TEST_F(SheetCatalogue, NameSheet_StridesByTheNamesLength_NotByTheRecords) {
+  StreamBuilder stream;
+  stream.Bof(6).Record(0x0085, U32(0) + U16(0) + Bytes{1, 0, 'A'} + Bytes(10) + Bytes{2, 0, 'x', 'y'});
+  stream.Record(0x0085, U32(0) + U16(0) + Bytes{1, 0, 'B'}).Eof();
+  const uint32_t bof = stream.Here();
+  stream.Bof(6, kWorksheet).Eof();
+  Bytes bytes = stream.Stream();
+  for (uint32_t entry : {20u, 47u}) WriteU32(bytes.data() + entry + kBoundSheetBof, bof);
+  Load(StreamBuilder().Raw(bytes));
+  EXPECT_EQ(NameOf(1), Packed("A"));
+  EXPECT_EQ(NameOf(2), Packed("xy"));
+}
+
 TEST_F(SheetCatalogue, NameSheet_FindsTheFirstEntryThroughADetour_ButFollowsNoneAfterIt) {
   Load(OneSheet().Eof());
   const uint32_t entry = StreamBuilder().Bof(6).Here();
@@ -216,6 +247,48 @@ TEST_F(SheetCatalogue, SheetsNameNum_KeepsABlockForEverySheet) {
   EXPECT_EQ(XLSheetsNameNum(buffer_, table_, 99), 0);
   EXPECT_EQ(LiveBlocks(), 5u);
   EXPECT_EQ(BytesInUse() - bytes, 4u + 7u + 2u);
+}
+
+TEST_F(SheetCatalogue, SheetsNameNum_EachBlockHoldsItsName) {
+  MEMORYALLOC(1);
+  LoadThreeSheets();
+  std::vector<uint32_t> slots;
+  for (int k = 0; k < 3; ++k) slots.push_back(MEMORYALLOC(1));
+  for (uint32_t slot : slots) {
+    std::memset(BlockBytes(slot), 0xCC, 16);
+    uint32_t taken = slot;
+    MEMORYFREE(&taken);
+  }
+  EXPECT_EQ(XLSheetsNameNum(buffer_, table_, 0), 0);
+  EXPECT_EQ(BlockContents(slots[0], 5), (Bytes{'O', 'n', 'e', 0, 0xCC}));
+  EXPECT_EQ(BlockContents(slots[1], 8), (Bytes{'S', 'e', 'c', 'o', 'n', 'd', 0, 0xCC}));
+  EXPECT_EQ(BlockContents(slots[2], 3), (Bytes{'3', 0, 0xCC}));
+  for (uint32_t slot : slots) EXPECT_NE(MEMORYISHANDLE(slot), 0);
+}
+
+// Two of the walks begin at offset 0 whatever the table's entry 1 says, the others where it says.
+TEST_F(SheetCatalogue, WalksBeginAtOffsetZeroOrAtTheTablesEntryOne) {
+  LoadThreeSheets();
+  PutTableEntry(Table(), kTableGlobalsBegin, GlobalsEnd(Table()));
+  EXPECT_EQ(NameOf(1), Packed("One"));
+  BiffVersion = 77;
+  EXPECT_EQ(XLGetNumVers(buffer_, table_), 6);
+  EXPECT_EQ(XLNumStrBucket(buffer_, table_), 0);
+  EXPECT_EQ(XLNumStrExt(buffer_, table_), static_cast<int16_t>(table_));
+  const uint32_t bytes = BytesInUse();
+  EXPECT_EQ(XLSheetsNameNum(buffer_, table_, 0), 0);
+  EXPECT_EQ(BytesInUse() - bytes, 3u);  // three empty names
+}
+
+// The walk ends at the globals EOF's place, though a DETOUR stands there.
+TEST_F(SheetCatalogue, APatchBeforeTheGlobalsEof_IsNotSeen) {
+  Load(StreamBuilder().Bof(6).Record(0x0042, U16(1200)).Eof().Bof(6, kWorksheet).Eof());
+  PutTableEntry(Table(), 0, 1);
+  PutTableEntry(Table(), kTableFirstSheet, 30);
+  const Bytes patch = {0x85, 0, 9, 0, 0, 0, 0, 0, 0, 0, 1, 0, 'P'};
+  ASSERT_EQ(PatchRecord(&buffer_, patch.data(), 26, static_cast<uint32_t>(patch.size()), &size_), 0);
+  EXPECT_EQ(NameOf(1), "");
+  EXPECT_EQ(XLNumStrBucket(buffer_, table_), 1200);
 }
 
 TEST_F(SheetCatalogue, SheetsNameNum_FewFreeBlocks_EndsEarly) {

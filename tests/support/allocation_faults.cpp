@@ -11,12 +11,15 @@ constexpr int kNone = -1;
 constexpr int kFired = -2;
 
 int requests_left = kNone;
+bool throwing_count = false;
+bool for_good = false;
 
 void* Take(std::size_t size) {
   return std::malloc(size != 0 ? size : 1);
 }
 
 void* TakeOrFail(std::size_t size) {
+  if (requests_left == kFired && for_good) return nullptr;
   if (requests_left >= 0 && requests_left-- == 0) {
     requests_left = kFired;
     return nullptr;
@@ -25,7 +28,7 @@ void* TakeOrFail(std::size_t size) {
 }
 
 void* TakeOrThrow(std::size_t size) {
-  if (void* taken = Take(size)) return taken;
+  if (void* taken = throwing_count ? TakeOrFail(size) : Take(size)) return taken;
   throw std::bad_alloc();
 }
 
@@ -64,12 +67,16 @@ void operator delete[](void* taken, const std::nothrow_t&) noexcept {
 
 namespace tolvenar::testing {
 
-AllocationFault::AllocationFault(int k) {
+AllocationFault::AllocationFault(int k, Requests requests, Lasting lasting) {
+  throwing_count = requests == Requests::kAll;
+  for_good = lasting == Lasting::kForGood;
   requests_left = k;
 }
 
 AllocationFault::~AllocationFault() {
   requests_left = kNone;
+  throwing_count = false;
+  for_good = false;
 }
 
 bool AllocationFault::fired() const {

@@ -118,7 +118,7 @@ Bytes CompoundBuilder::DirectoryBytes(const Layout& layout) const {
     Put(&bytes, at + 64, 2 * (entry.name.size() + 1), 2);
     bytes[at + 66] = entry.type;
     bytes[at + 67] = 1;
-    for (size_t link : {68, 72, 76}) Put(&bytes, at + link, kFree, 4);
+    for (const size_t link : {size_t{68}, size_t{72}, size_t{76}}) Put(&bytes, at + link, kFree, 4);
     for (size_t field = 80; field < 116 && entry.stamp != 0; ++field) {
       bytes[at + field] = static_cast<uint8_t>(entry.stamp + field);
     }

@@ -1,10 +1,8 @@
 // StreamBuilder: BIFF streams that read in the test as they stand in the file.
 //
-//   StreamBuilder().Bof(6).Sheet("Data").Eof()                          globals; the BOUNDSHEET finds its BOF
-//   by itself
+//   StreamBuilder().Bof(6).Sheet("Data").Eof()      globals; the BOUNDSHEET finds its BOF by itself
 //                  .Bof(6, kWorksheet).Dimensions(0, 2, 0, 3).Row(0).Number(0, 0, 15, 1.5).Eof()
-//                  .Load(&buffer, &size);                                a pool block as XLOpenFile would
-//                  leave it
+//                  .Load(&size);                    a pool block as XLOpenFile would leave it
 #pragma once
 
 #include <cstdint>

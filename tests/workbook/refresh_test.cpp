@@ -180,17 +180,18 @@ TEST_F(RefreshTest, DeleteDBCells_AnyTypeWithTheLowByteGoes_TheChartRecordsStay)
   EXPECT_EQ(Hex(BlockContents(buffer, size)), Hex(expected.Stream() + kBufEnd));
 }
 
-TEST_F(RefreshTest, DeleteDBCells_ReachesPatchAreas_AndStopsAtTheBufEnd) {
+TEST_F(RefreshTest, DeleteDBCells_ReachesPatchAreas) {
   Patch(TwoSheets::kNumber, StreamBuilder().Record(0x00D7, Bytes(4)).Stream());
-  const uint32_t area = 188;
-  const Bytes stray = StreamBuilder().Record(0x00D7).Stream();
-  const uint32_t behind = size;
-  size += 4;
-  buffer = MEMORYREALLOC(buffer, static_cast<int32_t>(size));
-  CopyIn(OpenBlock(buffer), behind, stray.data(), 4);
   EXPECT_EQ(XLDeleteDBCells(buffer, size), 0);
-  EXPECT_TRUE(IsPrivate(OpenBlock(buffer), area, kLowSlack));
-  EXPECT_EQ(U8At(OpenBlock(buffer), behind), 0xD7);
+  EXPECT_TRUE(IsPrivate(OpenBlock(buffer), 188, kLowSlack));
+}
+
+TEST_F(RefreshTest, DeleteDBCells_StopsAtTheBufEnd) {
+  MEMORYFREEALL();
+  buffer = StreamBuilder().Record(0x00D7).BufEnd().Record(0x00D7).BufEnd().Load(&size);
+  EXPECT_EQ(XLDeleteDBCells(buffer, size), 0);
+  const StreamBuilder expected = StreamBuilder().Slack(0).BufEnd().Record(0x00D7).BufEnd();
+  EXPECT_EQ(Hex(BlockContents(buffer, size)), Hex(expected.Stream()));
 }
 
 TEST_F(RefreshTest, DeleteDBCells_RecordAtTheLimitIsNotSeen) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -19,22 +20,22 @@ constexpr HRESULT kNotFound = static_cast<HRESULT>(0x80030002u);
 constexpr HRESULT kExists = static_cast<HRESULT>(0x80030050u);
 
 // What the library holds pointers to.
-struct OpenFile {
+struct FakeFile {
   std::string path;
   Streams streams;
 };
 
-struct OpenStream {
-  OpenFile* file;
+struct FakeStream {
+  FakeFile* file;
   std::string name;
   size_t position = 0;
 };
 
-OpenFile* FileOf(platform::Storage* storage) {
-  return reinterpret_cast<OpenFile*>(storage);
+FakeFile* FileOf(platform::Storage* storage) {
+  return reinterpret_cast<FakeFile*>(storage);
 }
-OpenStream* StreamOf(platform::Stream* stream) {
-  return reinterpret_cast<OpenStream*>(stream);
+FakeStream* StreamOf(platform::Stream* stream) {
+  return reinterpret_cast<FakeStream*>(stream);
 }
 
 std::string Narrow(const OLECHAR* text) {
@@ -54,15 +55,15 @@ std::string Mode(uint32_t mode) {
   return text;
 }
 
-HRESULT HandOut(OpenFile* file, platform::Storage** out) {
+HRESULT HandOut(FakeFile* file, platform::Storage** out) {
   ++FakeDisk().open_storages;
   *out = reinterpret_cast<platform::Storage*>(file);
   return S_OK;
 }
 
-HRESULT HandOut(OpenFile* file, const std::string& name, platform::Stream** out) {
+HRESULT HandOut(FakeFile* file, const std::string& name, platform::Stream** out) {
   ++FakeDisk().open_streams;
-  *out = reinterpret_cast<platform::Stream*>(new OpenStream{file, name});
+  *out = reinterpret_cast<platform::Stream*>(new FakeStream{file, name});
   return S_OK;
 }
 
@@ -120,7 +121,7 @@ HRESULT StorageCreate(const OLECHAR* path, uint32_t mode, Storage** out) {
   *out = nullptr;
   if (FakeDisk().Note("create", Mode(mode)) != Disk::Fate::kServe) return kFault;
   if (mode == kModeExclusive && FakeDisk().files.count(Narrow(path)) != 0) return kExists;
-  return HandOut(new OpenFile{Narrow(path), {}}, out);
+  return HandOut(new FakeFile{Narrow(path), {}}, out);
 }
 
 HRESULT StorageOpen(const OLECHAR* path, uint32_t mode, Storage** out) {
@@ -129,7 +130,7 @@ HRESULT StorageOpen(const OLECHAR* path, uint32_t mode, Storage** out) {
   if (FakeDisk().Note("open", Mode(mode)) != Disk::Fate::kServe) return kFault;
   const auto file = FakeDisk().files.find(Narrow(path));
   if (file == FakeDisk().files.end()) return kNotFound;
-  return HandOut(new OpenFile{file->first, file->second}, out);
+  return HandOut(new FakeFile{file->first, file->second}, out);
 }
 
 HRESULT StorageOpenStream(Storage* storage, const OLECHAR* name, uint32_t mode, Stream** out) {

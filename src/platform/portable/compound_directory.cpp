@@ -188,9 +188,10 @@ std::vector<uint32_t> EntryOrder(const Directory& directory) {
   for (uint32_t i = 0; i < nodes.size(); ++i) {
     if (nodes[i].live) order.push_back(i);
   }
-  std::stable_sort(order.begin() + 1, order.end(), [&](uint32_t a, uint32_t b) {
+  std::sort(order.begin() + 1, order.end(), [&](uint32_t a, uint32_t b) {
     if (nodes[a].parent != nodes[b].parent) return nodes[a].parent < nodes[b].parent;
-    return CompareNames(NodeName(nodes[a]), NodeName(nodes[b])) < 0;
+    const int by_name = CompareNames(NodeName(nodes[a]), NodeName(nodes[b]));
+    return by_name != 0 ? by_name < 0 : a < b;
   });
   return order;
 }

@@ -1,0 +1,82 @@
+// Rows and columns: the walk that all six operations share, and what they do to single records on it.
+//
+// The walk begins on the sheet's BOF with depth 0; a BOF adds 1, an EOF takes 1 off, and a record is handled
+// only at depth exactly 1, so that nested substreams are left alone. It ends at the sheet's EOF, by exact
+// equality of offsets, and at the BUFEND of a stream that its table doesn't fit.
+//
+// A run of cells that is split on the way makes the walk go on from the offset that the splitter gives, and
+// then step off that offset:
+//
+//   | MULRK, left piece | MULRK, right piece | next | one more ...
+//                                            ^ the splitter's offset; it is stepped off, so `next` is never
+//                                            handled, on purpose
+//
+// A splitter that fails gives 0. The walk then goes on from the start of the buffer, stepping off offset 0,
+// with its depth as it was: it comes through the globals and the sheets in front, and changes what it meets
+// there at depth 1. That takes an exhausted pool, and is so on purpose. It ends, because a run whose pieces
+// could not be built has become SLACK. A run that is still there would be met for ever: at that one the walk
+// ends, as if its limit had been reached.
+#pragma once
+
+#include <cstdint>
+
+#include "edit/formula_adjustment.h"
+#include "query/extent_walk.h"
+
+namespace tolvenar {
+
+struct EditWalk {
+  Walk walk;
+  uint32_t end = 0;
+  int32_t depth = 0;
+  uint32_t restarts = 0;
+};
+
+inline EditWalk StartEditWalk(uint32_t buffer, const SheetExtent& extent) {
+  return {StartWalk(OpenBlock(buffer), extent.begin), extent.end};
+}
+
+// The walker's loop is
+//   for (EditWalk edit = StartEditWalk(...); InSheet(edit); NextInSheet(&edit)) {
+//     if (!IsSheetRecord(&edit)) continue;
+//     ... handle the record at edit.walk.at
+//   }
+inline bool InSheet(const EditWalk& edit) {
+  return InExtent(edit.walk, edit.end);
+}
+
+// Counts the depth, once for each record met. True when the record is to be handled.
+bool IsSheetRecord(EditWalk* edit);
+
+inline void NextInSheet(EditWalk* edit) {
+  if (InSheet(*edit)) Step(&edit->walk);
+}
+
+// Goes on behind a split run: `place` is what the splitter gave. The caller's NextInSheet then steps off it.
+void GoOnBehindSplit(EditWalk* edit, uint32_t buffer, int32_t place);
+
+// Fields of DIMENSIONS in the generation that BiffVersion names; null when it is neither.
+const DimensionsFields* FieldsOfDimensions();
+
+// A caller's row or column as records hold it, in 16 bits.
+inline int16_t ZeroBased(int16_t position) {
+  return static_cast<int16_t>(position - 1);
+}
+
+// Where the last column of the run at `at` stands.
+inline uint32_t LastColumnOffset(const Block& block, uint32_t at) {
+  return at + LengthAt(block, at) + kRunLastColumnFromEnd;
+}
+
+// Adds `step` to the u16 at `at`, in 16 bits.
+void AddToU16(const Block& block, uint32_t at, int16_t step);
+
+// Adds `step` to the word at `at` when it is at least `from`.
+void MoveFrom(const Block& block, uint32_t at, int16_t from, int16_t step);
+
+// Adjusts the formula of an ARRAY, FORMULA or SHRFMLA record; any other record is left. The formula is confined to its record: read by
+// BIFF5's layout, the fields of a BIFF8 formula can lie behind it, and there they read as zero and are not written. The records of the
+// sheet stay whole.
+void AdjustFormulaOfRecord(const Block& block, uint32_t at, int16_t position, AdjustMode mode);
+
+}  // namespace tolvenar
