@@ -7,7 +7,16 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${def_file} ${aut
 if(WIN32)
   target_sources(tolvenar PRIVATE ${def_file})
   target_link_libraries(tolvenar PRIVATE ole32 oleaut32 uuid)
-  target_link_options(tolvenar PRIVATE -static -Wl,--kill-at -Wl,--enable-stdcall-fixup)
+  target_link_options(tolvenar PRIVATE -Wl,--kill-at -Wl,--enable-stdcall-fixup)
+
+  # The linker's own import library knows the plain names only, and a C host refers to a __stdcall function by its decorated one. So it is
+  # made again from the names that the objects define: decorated symbols that lead to the plain names of the DLL.
+  file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/tolvenar_objects.txt CONTENT "$<JOIN:$<TARGET_OBJECTS:tolvenar_objects>,\n>\n")
+  add_custom_command(TARGET tolvenar POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -D NM=${CMAKE_NM} -D DLLTOOL=${CMAKE_DLLTOOL} -D DEF=${def_file}
+      -D OBJECT_LIST=${PROJECT_BINARY_DIR}/tolvenar_objects.txt -D OUTPUT=$<TARGET_LINKER_FILE:tolvenar>
+      -P ${PROJECT_SOURCE_DIR}/cmake/make_import_library.cmake
+    VERBATIM)
 else()
   file(STRINGS ${def_file} export_names REGEX "^  [A-Za-z]")
   file(STRINGS ${automation_file} automation_names REGEX "^[A-Za-z]")

@@ -2,6 +2,10 @@
 add_library(tolvenar_options INTERFACE)
 target_compile_options(tolvenar_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 target_compile_features(tolvenar_options INTERFACE cxx_std_20)
+if(WIN32)
+  # The system's headers define min and max as macros unless told not to.
+  target_compile_definitions(tolvenar_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
 
 if(TOLVENAR_SANITIZE)
   set(TOLVENAR_SANITIZERS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -299,8 +299,7 @@ TOLVENAR_API uint32_t TOLVENAR_CALL ChangeFormat(uint32_t buffer, uint32_t table
  * rolled back. Cells, ROW records and the formulas of the sheet itself follow; column widths, merged cells,
  * names, cells of the shared string table (LABELSST) and formulas on other sheets do not. INDEX and DBCELL go
  * stale: XLDeleteDBCells removes them. Formulas are read by BIFF5's layout in both generations, on purpose: in
- * a BIFF8 workbook references come out wrong, and where a formula ends with an area or with a reference to
- * another sheet, bytes of the record behind it can be changed.
+ * a BIFF8 workbook references come out wrong, though no record but the formula's own is touched.
  *
  *   uint32_t book = 0, size = 0, table = 0;
  *   if (XLOpenFile("report.xls", &book, &size) == 0 && XLLocateSheets(book, &table, size) == 0)

@@ -11,7 +11,8 @@
 //
 // A row word holds the row in its low 14 bits and two flags in bits 15 and 14. The flags come back in bits 7
 // and 6, on purpose. There is this one layout, BIFF5's, for both generations, on purpose: in a BIFF8 formula
-// the fields of the 3d tokens, and of areas at its end, can lie behind the record that holds it.
+// the fields of the 3d tokens, and of areas at its end, can lie behind the record that holds it; so a caller
+// gives the record's payload as the block.
 //
 // Invariants: no byte outside the block is touched, whatever the formula claims; the walk makes at most
 // `length` steps.

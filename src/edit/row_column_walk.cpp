@@ -61,7 +61,8 @@ void MoveFrom(const Block& block, uint32_t at, int16_t from, int16_t step) {
 void AdjustFormulaOfRecord(const Block& block, uint32_t at, int16_t position, AdjustMode mode) {
   for (const auto& kind : kFormulaKinds) {
     if (!IsPlain(block, at, kind.low)) continue;
-    AdjustFormulaReferences(block, at + kind.tokens, I16At(block, at + kind.length), position, mode);
+    const Block payload = PayloadOf(block, at);
+    AdjustFormulaReferences(payload, kind.tokens - kHeaderSize, I16At(payload, kind.length - kHeaderSize), position, mode);
     return;
   }
 }

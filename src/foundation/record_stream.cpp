@@ -100,6 +100,11 @@ Block OpenBlock(uint32_t handle) {
   return capacity == 0 ? Block{} : Block{BlockBytes(handle), capacity};
 }
 
+Block PayloadOf(const Block& block, uint32_t at) {
+  const uint32_t length = BytesInside(block, at + kHeaderSize, LengthAt(block, at));
+  return length == 0 ? Block{} : Block{block.base + at + kHeaderSize, length};
+}
+
 uint32_t BytesInside(const Block& block, uint32_t at, uint32_t n) {
   return at >= block.extent ? 0 : std::min(n, block.extent - at);
 }

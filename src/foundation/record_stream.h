@@ -92,6 +92,10 @@ inline void PutU32(const Block& block, uint32_t at, uint32_t value) {
   if (uint8_t* p = At(block, at, 4)) WriteU32(p, value);
 }
 
+// The payload of the record at `at` as a block of its own, which ends where the block does: for readers and writers that must not reach
+// the record's neighbours. Offsets in it count from the payload's first byte.
+Block PayloadOf(const Block& block, uint32_t at);
+
 // How many of the n bytes at `at` are inside the block.
 uint32_t BytesInside(const Block& block, uint32_t at, uint32_t n);
 

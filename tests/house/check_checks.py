@@ -4,12 +4,19 @@ import sys
 import tempfile
 import unittest
 
+import check_declares
 import check_exports
 import check_layers
 import check_readme
 import check_sources
 import check_tests
 import check_words
+
+PROJECT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(PROJECT / "tests/windows"))
+
+import check_suite
+import check_tables
 
 PURPOSE = "// A file that is there to be looked at.\n"
 
@@ -118,6 +125,45 @@ class Checks(unittest.TestCase):
     def test_link_to_nowhere(self):
         self.write("docs/a.md", "[here](a.md) [there](b.md) [far](https://example.org/c.md)\n")
         self.one(check_readme.dead_links(self.project), "links to b.md")
+
+    def test_declarations_that_differ(self):
+        made = check_declares.generator(PROJECT)
+        header = "TOLVENAR_API void TOLVENAR_CALL A(const char* path, uint32_t* type,\n  int16_t n);\n"
+        module = made.expected(header)
+        self.assertIn(b'Public Declare Sub A Lib "tolvenar.dll" (ByVal path As String, ByRef typeArg As Long, ByVal n As Integer)\r\n', module)
+        self.assertEqual(made.differences(header, module), [])
+        self.assertIn("run scripts/generate-declares", made.differences(header.replace("int16_t", "int32_t"), module)[-1])
+        self.assertIn("CR LF", made.differences(header, module.replace(b"\r", b""))[0])
+
+    def test_declaration_of_an_unknown_type(self):
+        made = check_declares.generator(PROJECT)
+        self.assertRaises(made.UnknownType, made.expected, "TOLVENAR_API void TOLVENAR_CALL A(FILE* file);\n")
+
+    def test_declaration_that_passes_too_much(self):
+        declares = check_tables.declared_sizes(
+            'Public Declare Sub A Lib "x" (ByVal a As Double, _\r\n    ByRef b() As Any)\r\nPublic Declare Function B Lib "x" () As Long\r\n')
+        self.assertEqual(declares, {"A": 12, "B": 0})
+        sizes = check_tables.decorated("00000000 T _A@8\n00000000 I __imp__A@8\n00000000 T _B@0\n")
+        self.one(check_tables.convention_problems(["A", "B"], sizes, declares), "passes 12 bytes and it takes 8")
+
+    def test_export_of_the_wrong_convention(self):
+        sizes = {"A": None, "XLEXTLabel": 24}
+        found = check_tables.convention_problems(["A", "XLEXTLabel"], sizes, {"A": 0, "XLEXTLabel": 24})
+        self.assertEqual(found, ["A: has the wrong calling convention", "XLEXTLabel: has the wrong calling convention"])
+
+    def test_test_that_windows_leaves_out(self):
+        tests = [("tests/a_test.cpp", "A.One"), ("tests/a_test.cpp", "A.Two"), ("tests/b_test.cpp", "B.One")]
+        rows = check_suite.rows_of("| Test | Why |\n|---|---|\n| `tests/b_test.cpp` | why |\n| `A.Two` | |\n")
+        self.assertEqual(rows, [("tests/b_test.cpp", "why"), ("A.Two", "")])
+        self.assertEqual(check_suite.rows_of("| `A.B`, `C.D` | why |\n"), [("A.B", "why"), ("C.D", "why")])
+        self.assertEqual(len(check_suite.compare(tests, {"A.One"}, set(), rows)), 1)
+        self.one(check_suite.compare(tests, {"A.One", "B.One"}, set(), rows[1:]), "A.Two gives no reason")
+        self.one(check_suite.compare(tests, {"A.One", "A.Two"}, set(), []), "B.One is not run on Windows")
+        self.assertEqual(check_suite.compare(tests, {"A.One", "A.Two", "B.One"}, {"C.One/1"}, [("C.One/1", "why")]), [])
+        self.one(check_suite.compare(tests, {"A.One", "A.Two", "B.One"}, set(), [("C.One/1", "why")]), "C.One/1 need not be left out")
+        code = "TEST(A, B) {\n#if defined(_WIN32)\n  GTEST_SKIP() << 1;\n#endif\n}\nTEST(A, C) {\n  GTEST_SKIP() << 1;\n}\n"
+        self.assertEqual(check_suite.skipped_here(code), {"A.B"})
+        self.one(check_suite.compare(tests, {"A.One", "A.Two", "B.One"}, set(), rows[:1]), "tests/b_test.cpp need not be left out")
 
 
 if __name__ == "__main__":

@@ -33,7 +33,7 @@ def is_compound(entry):
 
 
 def copy_to(folder, entry):
-    return shutil.copy(os.path.join(FOLDER, entry["file"]), os.path.join(folder, entry["file"]))
+    return shutil.copyfile(os.path.join(FOLDER, entry["file"]), os.path.join(folder, entry["file"]))
 
 
 def records(stream, offset=0):

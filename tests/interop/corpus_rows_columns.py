@@ -326,7 +326,7 @@ class RowsAndColumns(unittest.TestCase):
         self.assertIn(code, (0, 9) if operation == "XLAddRow" else (0,))
         self.count[operation] += 1
         if expected == "spill":
-            # A BIFF8 formula or DIMENSIONS of BIFF5 whose fields, by the one layout there is, lie behind their own record.
+            # A DIMENSIONS of BIFF5 whose fields, by the one layout there is, lie behind its own record.
             # They can change the header of the record behind, and a run that this spoils leaves scratch blocks when it is split.
             self.count["of them with fields outside of their record, which end and are not compared"] += 1
             book.forget()

@@ -1,7 +1,7 @@
 """Formula adjustment a second time, in Python: what the tokens of a formula become when a row or column is inserted or deleted.
 
-It shares nothing with the library and works on one record's payload. `Spill` is raised where a formula makes the rules reach outside
-of its own record, which this model cannot follow.
+It shares nothing with the library and works on one record's payload. What the rules look for outside of it reads as zero, and what they
+would write there is dropped. `Spill` is for the rules of other records that reach outside: this model cannot follow them.
 """
 import struct
 
@@ -33,22 +33,30 @@ class Formula:
         self.remaining = length
 
     def at(self, offset, size):
+        """Place of a field in the payload, or None outside of it."""
         place = self.start + offset
-        if place < 0 or place + size > len(self.data):
-            raise Spill
-        return place
+        return place if 0 <= place <= len(self.data) - size else None
+
+    def read(self, offset, size):
+        place = self.at(offset, size)
+        return 0 if place is None else int.from_bytes(self.data[place:place + size], "little")
+
+    def write(self, offset, size, value):
+        place = self.at(offset, size)
+        if place is not None:
+            self.data[place:place + size] = (value & (1 << 8 * size) - 1).to_bytes(size, "little")
 
     def u8(self, offset):
-        return self.data[self.at(offset, 1)]
+        return self.read(offset, 1)
 
     def u16(self, offset):
-        return struct.unpack_from("<H", self.data, self.at(offset, 2))[0]
+        return self.read(offset, 2)
 
     def put8(self, offset, value):
-        self.data[self.at(offset, 1)] = value & 0xFF
+        self.write(offset, 1, value)
 
     def put16(self, offset, value):
-        struct.pack_into("<H", self.data, self.at(offset, 2), value & 0xFFFF)
+        self.write(offset, 2, value)
 
     def base(self, offset):
         token = self.u8(offset)
@@ -174,7 +182,5 @@ PLACES = {0x06: (20, 22), 0x21: (12, 14), 0xBC: (8, 10)}  # length and tokens in
 def adjust_record(low, payload, position, mode):
     """Adjusts the formula of a FORMULA, ARRAY or SHRFMLA payload, a bytearray, in place."""
     length_at, tokens = PLACES[low]
-    if length_at + 2 > len(payload):
-        raise Spill
-    length = signed(struct.unpack_from("<H", payload, length_at)[0])
+    length = signed(struct.unpack_from("<H", payload, length_at)[0]) if length_at + 2 <= len(payload) else 0
     Formula(payload, tokens, length, position, mode).adjust()

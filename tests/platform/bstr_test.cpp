@@ -98,7 +98,6 @@ TEST(Bstr, SysFreeString_TakesNull) {
 
 // The system leaves what it makes of a null source as it finds it; the library's own text is zeroed. How long
 // a text the system still makes is its own affair too.
-#if !defined(_WIN32)
 
 TEST(Bstr, SysAllocStringLen_OfNullIsZeroed) {
   SysFreeString(SysAllocStringLen(OLESTR("leftovers"), 9));
@@ -135,8 +134,6 @@ TEST(Bstr, SysAllocStringByteLen_LengthsThatCannotBeHadAreNull) {
     EXPECT_EQ(SysAllocStringByteLen("ab", count), nullptr) << count;
   }
 }
-
-#endif
 
 }  // namespace
 }  // namespace tolvenar

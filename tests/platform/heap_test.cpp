@@ -77,7 +77,6 @@ TEST(Heap, TakeSlot_MoreThanThereIsGivesNull) {
 }
 
 // On Windows a slot is a block of the process heap, with no page of its own behind it.
-#if !defined(_WIN32)
 TEST(HeapDeathTest, FirstByteBehindTheSpareBytesFaults) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (const uint32_t capacity : {256u, 4088u, 33000u}) {
@@ -88,7 +87,6 @@ TEST(HeapDeathTest, FirstByteBehindTheSpareBytesFaults) {
     GiveSlot(base, capacity);
   }
 }
-#endif
 
 }  // namespace
 }  // namespace tolvenar::platform

@@ -73,7 +73,6 @@ class Array {
   SAFEARRAY* array_ = nullptr;
 };
 
-#if !defined(_WIN32)
 // Text that says it is too long to be copied, to be had without the memory: copying it is what fails.
 class UncopyableText {
  public:
@@ -85,6 +84,5 @@ class UncopyableText {
     OLECHAR units[2] = {};
   } block_;
 };
-#endif
 
 }  // namespace tolvenar::testing

@@ -12,6 +12,13 @@ namespace {
 constexpr uint32_t kEnd = 0xFFFFFFFEu;
 constexpr uint32_t kNone = 0xFFFFFFFFu;
 
+// The system's storage puts a directory in order, but need not balance it.
+#if defined(_WIN32)
+constexpr bool kBalanced = false;
+#else
+constexpr bool kBalanced = true;
+#endif
+
 class Checker {
  public:
   explicit Checker(const Bytes& file) : file_(file) {}
@@ -173,11 +180,13 @@ class Checker {
     }
     const size_t at = size_t{id} * 128;
     const bool red = entries_[at + 67] == 0;
-    EXPECT_FALSE(red && below_red) << path << ": red below red";
+    EXPECT_FALSE(red && below_red && kBalanced) << path << ": red below red";
     const int left = Tree(path, U32Of(entries_, at + 68), red, members);
     members->push_back(id);
     const int right = Tree(path, U32Of(entries_, at + 72), red, members);
-    EXPECT_EQ(left, right) << path << ": unequal numbers of black nodes";
+    if (kBalanced) {
+      EXPECT_EQ(left, right) << path << ": unequal numbers of black nodes";
+    }
     return left + (red ? 0 : 1);
   }
 
@@ -190,7 +199,7 @@ class Checker {
     const uint32_t top = U32Of(entries_, at + 76);
     std::vector<uint32_t> members;
     Tree(path, top, false, &members);
-    if (top != kNone) {
+    if (top != kNone && kBalanced) {
       EXPECT_EQ(entries_[size_t{top} * 128 + 67], 1) << "a red top";
     }
     for (size_t i = 1; i < members.size(); ++i)

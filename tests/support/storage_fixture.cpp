@@ -1,3 +1,4 @@
+// Files in a folder of the test's own, and the storage calls as tests use them.
 #include "support/storage_fixture.h"
 
 #include <algorithm>

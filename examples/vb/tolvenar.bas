@@ -1,0 +1,82 @@
+Attribute VB_Name = "Tolvenar"
+' The exports of tolvenar.dll for Visual Basic 6 and 32-bit VBA. Made from the public header, which is also the manual of them:
+' scripts/generate-declares writes this file.
+'
+' What is unsigned in the header is a signed Integer or Long of the same bits here. Handles are Longs. An array is passed whole, as
+' cells(); of a plain array of numbers or addresses (VarPtr, StrPtr) the first element is passed. A String that an export fills
+' takes one byte of the workbook's text as one character of the code page. A text that may be absent is vbNullString.
+Option Explicit
+
+' ---- The memory pool ----
+
+Public Declare Function MEMORYALLOC Lib "tolvenar.dll" (ByVal size As Long) As Long
+Public Declare Function MEMORYREALLOC Lib "tolvenar.dll" (ByVal handle As Long, ByVal newSize As Long) As Long
+Public Declare Function MEMORYFREE Lib "tolvenar.dll" (ByRef handle As Long) As Long
+Public Declare Function MEMORYREMOVE Lib "tolvenar.dll" (ByRef handle As Long) As Long
+Public Declare Function MEMORYISHANDLE Lib "tolvenar.dll" (ByVal handle As Long) As Long
+Public Declare Sub MEMORYFREEALL Lib "tolvenar.dll" ()
+Public Declare Function MEMORYHANDLES Lib "tolvenar.dll" (ByRef bytesInUse As Long, ByVal ignored As Long) As Long
+Public Declare Function MEMORYSIZE Lib "tolvenar.dll" (ByVal handle As Long) As Long
+Public Declare Function MEMORYALLOCSIZE Lib "tolvenar.dll" (ByVal handle As Long) As Long
+Public Declare Function MEMORYSET Lib "tolvenar.dll" (ByRef handle As Long, ByVal count As Long) As Long
+Public Declare Function MEMORYSET1 Lib "tolvenar.dll" (ByRef handle As Long, ByVal count As Long, _
+    ByVal value As Byte) As Long
+Public Declare Function MEMORYGET Lib "tolvenar.dll" (ByRef handle As Long, ByVal size As Long, _
+    ByVal index As Long) As Long
+
+' ---- Workbook files ----
+
+Public Declare Function XLOpenFile Lib "tolvenar.dll" (ByVal path As String, ByRef buffer As Long, _
+    ByRef size As Long) As Integer
+Public Declare Function XLLocateSheets Lib "tolvenar.dll" (ByVal buffer As Long, ByRef table As Long, _
+    ByVal size As Long) As Integer
+Public Declare Function XLFreeHandle Lib "tolvenar.dll" (ByRef handle As Long) As Long
+Public Declare Function XLSaveFile Lib "tolvenar.dll" (ByVal path As String, ByRef buffer As Long, _
+    ByRef table As Long, ByRef size As Long) As Integer
+Public Declare Function DebugSaveFile Lib "tolvenar.dll" (ByVal path As String, ByVal count As Long) As Integer
+Public Declare Function XLRefreshHandles Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long) As Integer
+Public Declare Function XLDeleteDBCells Lib "tolvenar.dll" (ByVal buffer As Long, ByVal size As Long) As Integer
+
+' ---- Sheet catalogue ----
+
+Public Declare Function XLGetList Lib "tolvenar.dll" (ByVal buffer As Long, ByVal size As Long, ByRef count As Long, _
+    ByRef offsets() As Any, ByRef types() As Any, ByRef images() As Any, ByRef lengths() As Any) As Integer
+Public Declare Function XLGetNumSheets Lib "tolvenar.dll" (ByVal table As Long) As Integer
+Public Declare Function XLGetNumVers Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long) As Integer
+Public Declare Function XLVersInt Lib "tolvenar.dll" (ByVal version As Integer) As Integer
+Public Declare Function XLGetNameSheet Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer, ByRef nameArg As String) As Integer
+Public Declare Function XLGetSheetParam Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer, ByVal unused1 As Long, ByVal unused2 As Long, ByVal unused3 As Long, _
+    ByVal unused4 As Long) As Long
+Public Declare Function XLSheetsNameNum Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal unused As Long) As Integer
+Public Declare Function XLNumStrBucket Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long) As Integer
+Public Declare Function XLNumStrExt Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long) As Integer
+' Visual Basic can't call this one: it leaves its arguments to the caller (cdecl).
+' Public Declare Sub XLEXTLabel Lib "tolvenar.dll" (ByVal buffer As Long, ByRef index As Long, ByRef bucket As Integer, _
+'     ByVal sstOffset As Long, ByRef cells() As Any, ByVal recordOffset As Long)
+
+' ---- Cell data ----
+
+Public Declare Function XLGetSheetSize Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer, ByRef firstRow As Integer, ByRef lastRow As Integer, ByRef firstCol As Integer, _
+    ByRef lastCol As Integer) As Integer
+Public Declare Function XLGetVariantData Lib "tolvenar.dll" (ByRef cells() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer) As Integer
+' Visual Basic can't call this one: it leaves its arguments to the caller (cdecl).
+' Public Declare Function XLSGetVariantData Lib "tolvenar.dll" (ByVal unused As Long, ByRef cells() As Any) As Integer
+Public Declare Function XLGetCellData Lib "tolvenar.dll" (ByRef cells() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer) As Integer
+
+' ---- Cell editing ----
+
+Public Declare Function XLChangeCellValue Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long, ByVal sheet As Integer, ByVal row As Integer, ByVal column As Integer, _
+    ByRef value As Variant) As Integer
+Public Declare Function XLChangeCellXF Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long, ByVal sheet As Integer, ByVal row As Integer, ByVal column As Integer, _
+    ByVal xf As Integer) As Integer
+Public Declare Function ChangeFormat Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer, ByRef matrix As Integer, ByVal stride As Long) As Long
