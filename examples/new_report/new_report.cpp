@@ -5,7 +5,8 @@
 //
 // The sheet "Orders" has 10,000 rows of texts, dates, counts and amounts, of which only a slice of 500 is in
 // memory at a time; "Products" is small and goes out in one call. Each column has its number format through
-// an XF that every new workbook brings along. Numbers in new sheets have seven digits, dates no time of day.
+// an XF that every new workbook brings along. Numbers in new sheets have seven digits, dates no time of day;
+// docs/new-workbooks.md tells what other programs make of the results.
 //
 // Exit status: 0 all is well; 1 something could not be done, and a sentence says what.
 #include <cstdio>
@@ -34,8 +35,7 @@ constexpr double kPrices[] = {249.5, 89.25, 34.75, 18.5, 12.125};
 constexpr double kShares[] = {0.4, 0.25, 0.15, 0.125, 0.075};
 constexpr int kProductCount = 5;
 
-// An empty text is no failure, but no answer either: results below 0 (or other than 0, of the calls that give
-// no sheet) end the program with a sentence.
+// Ends the program with a sentence when a call has not done what it was asked for.
 void Check(bool done, const char* what, int result) {
   if (!done) throw std::runtime_error(std::string(what) + " (result " + std::to_string(result) + ")");
 }

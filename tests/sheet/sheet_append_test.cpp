@@ -178,7 +178,7 @@ StreamBuilder PaletteApart(uint16_t slack) {
 }
 
 TEST_F(SheetAppendTest, PaletteApartFromTheBoundSheets_NewSheetIsTheFirst) {
-  for (uint16_t slack : {0, 20}) {
+  for (uint16_t slack : {uint16_t{0}, uint16_t{20}}) {
     buffer = PaletteApart(slack).Load(&size);
     BiffVersion = 5;
     EXPECT_EQ(XLAppendSheet(&buffer, &size, "Own", 0, 0), 1);
