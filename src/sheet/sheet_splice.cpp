@@ -23,14 +23,31 @@ uint32_t LimitOf(uint32_t size) {
   return limit > 0 ? static_cast<uint32_t>(limit) : 0;
 }
 
-bool HasJumps(uint32_t buffer, uint32_t size) {
+// Whether every BOUNDSHEET of the globals stands in front of the place of a new one.
+bool NewSheetComesLast(uint32_t buffer, uint32_t size) {
+  uint16_t number = 0;
+  FindSheetInsertPoint(buffer, size, &number);
+  const Block block = OpenBlock(buffer);
+  uint32_t count = 0;
+  for (Walk walk = StartWalk(block, 0); !walk.ended && !IsPlain(block, walk.at, kLowEof); Step(&walk)) {
+    if (IsPlain(block, walk.at, kLowBoundSheet)) ++count;
+  }
+  return count + 1 == number;
+}
+
+// Whether the patches of a buffer are in the way of a splice: always when there are jumps. SLACK alone is
+// not, unless the new BOUNDSHEET comes before others: the refresh finds sheets in the order of their
+// BOUNDSHEETs, meets the new sheet last, and would leave the offsets of those behind the SLACK as they were.
+bool MustFold(uint32_t buffer, uint32_t size) {
   const Block block = OpenBlock(buffer);
   const uint32_t limit = LimitOf(size);
+  bool slack = false;
   for (Walk walk = StartWalk(block, 0); walk.at < limit && !walk.ended; Step(&walk)) {
-    if (IsPrivate(block, walk.at, kLowBufEnd)) return false;
+    if (IsPrivate(block, walk.at, kLowBufEnd)) break;
     if (IsJump(block, walk.at)) return true;
+    if (IsPrivate(block, walk.at, kLowSlack)) slack = true;
   }
-  return false;
+  return slack && !NewSheetComesLast(buffer, size);
 }
 
 // Folds the patches of a buffer away. Result: 0; -8, -7: the buffer stands as it was.
@@ -143,10 +160,13 @@ int16_t ShiftSheetOffsets(uint32_t buffer, uint32_t delta) {
 Splice SpliceSheet(uint32_t* buffer, uint32_t* size, const char* name) {
   Splice splice = {kNoNewBuffer, 0, 0, 0, *size};
   const bool live = MEMORYISHANDLE(*buffer) != 0;
-  if (live && HasJumps(*buffer, *size)) {
+  if (live && MustFold(*buffer, *size)) {
     const int16_t folded = FoldPatches(buffer, size);
-    if (folded != 0) splice.failure = folded;
-    if (folded != 0) return splice;
+    if (folded != 0) {
+      splice.failure = folded;
+      return splice;
+    }
+    splice.size = *size;
   }
   splice.old_buffer = *buffer;
   const int32_t insert_point = FindSheetInsertPoint(*buffer, *size, &splice.number);

@@ -5,10 +5,13 @@
 //                                       ^ p                        ^ n
 //   new   BOF ... BOUNDSHEET  BOUNDSHEET  [the new one] COUNTRY ... EOF | sheets |    the new BOF goes here
 //
+// The run is the first of BOUNDSHEETs and PALETTEs, so that in a workbook whose PALETTE stands apart from its
+// BOUNDSHEETs the new one comes before all others, and the new sheet has the number 1, on purpose.
+//
 // A stream with jumps can't be moved like that: the targets of DETOUR and RESUME are offsets that would have
 // to follow, and its BUFEND stands in the middle. So the patches of such a buffer are folded away first, as
 // XLRefreshHandles does, with a SheetTable of its own. A buffer without jumps is taken as it is, its SLACK
-// with it.
+// with it, unless the new sheet comes before others.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 """Runs the examples as a user would, and reads with an independent program what they wrote.
 
-    run_examples.py FIRST_HOST REPORT FOLDER_OF_SAMPLES
+    run_examples.py FIRST_HOST REPORT NEW_REPORT FOLDER_OF_SAMPLES
 """
 import os
 import re
@@ -12,7 +12,7 @@ import unittest
 
 import xlrd
 
-FIRST_HOST, REPORT, SAMPLES = sys.argv[1:4]
+FIRST_HOST, REPORT, NEW_REPORT, SAMPLES = sys.argv[1:5]
 SAMPLE_NAMES = ("sample_biff5.xls", "sample_biff8.xls")
 
 
@@ -113,6 +113,26 @@ class Examples(unittest.TestCase):
         name = "Workbook".encode("utf-16-le")
         self.assertEqual(data.count(name), 1)
         self.refused(self.write("other.xls", data.replace(name, "Wirkbook".encode("utf-16-le"))), "holds no workbook", 102)
+
+    def test_new_report_makes_two_workbooks_of_two_sheets(self):
+        os.mkdir(self.out)
+        answer = run(NEW_REPORT, self.out)
+        self.assertEqual(answer.returncode, 0, answer)
+        self.assertEqual(answer.stdout.count("10001 rows, 5 columns"), 2, answer.stdout)
+        for generation in ("biff5", "biff8"):
+            book = xlrd.open_workbook(os.path.join(self.out, "new_report_%s.xls" % generation), formatting_info=True)
+            products, orders = book.sheets()
+            self.assertEqual(products.row_values(1), ["Anvil", 249.5, 0.4000000059604645])
+            self.assertEqual(orders.row_values(0), ["Order", "Day", "Product", "Count", "Amount"])
+            self.assertEqual(orders.row_values(10000), ["Order 10000", 45625.0, "Engraver", 64.0, 776.0])
+            self.assertEqual(list(orders.row_types(10000)), [1, 3, 1, 2, 2])
+            formats = [book.format_map[book.xf_list[orders.cell_xf_index(1, c)].format_key].format_str for c in (1, 3)]
+            self.assertEqual(formats, ["dd\\-mmm\\-yy", '_(* #,##0_);_(* \\(#,##0\\);_(* "-"_);_(@_)'])
+
+    def test_new_report_tells_that_the_folder_is_missing(self):
+        answer = run(NEW_REPORT, self.path("nowhere"))
+        self.assertEqual(answer.returncode, 1)
+        self.assertIn("can't be saved", answer.stderr)
 
     def test_report_without_a_workbook_says_how_it_is_called(self):
         answer = run(REPORT)

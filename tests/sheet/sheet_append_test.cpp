@@ -167,6 +167,33 @@ TEST_F(SheetAppendTest, PaletteBetweenBoundSheets_NewOneLandsBehindTheRun) {
   ExpectWholeWorkbook(3);
 }
 
+// A workbook as many are: a record stands between the PALETTE and the BOUNDSHEETs.
+StreamBuilder PaletteApart(uint16_t slack) {
+  StreamBuilder book;
+  book.Bof(5).Record(0x0092, Bytes(2)).Record(0x0160, U16(1)).Sheet("One").Sheet("Two").Eof();
+  book.Bof(5, kWorksheet);
+  if (slack != 0) book.Slack(slack);
+  book.Number(0, 0, 15, 1.5).Eof().Bof(5, kWorksheet).Number(0, 0, 15, 2.5).Eof();
+  return book;
+}
+
+TEST_F(SheetAppendTest, PaletteApartFromTheBoundSheets_NewSheetIsTheFirst) {
+  for (uint16_t slack : {uint16_t{0}, uint16_t{20}}) {
+    buffer = PaletteApart(slack).Load(&size);
+    BiffVersion = 5;
+    EXPECT_EQ(XLAppendSheet(&buffer, &size, "Own", 0, 0), 1);
+    EXPECT_EQ(XLAppendSheet(&buffer, &size, "Next", 0, 0), 2);
+    ASSERT_EQ(Sheets().size(), 4u);
+    EXPECT_EQ(Sheets()[0].first, "Own");
+    EXPECT_EQ(Sheets()[1].first, "Next");
+    EXPECT_EQ(Cells(3), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 F8 3F \n") << slack;
+    EXPECT_EQ(Cells(4), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 04 40 \n") << slack;
+    for (const auto& [name, bof] : Sheets()) EXPECT_EQ(U16At(OpenBlock(buffer), bof), 0x0809) << name;
+    EXPECT_EQ(LiveBlocks(), 1u);
+    MEMORYFREE(&buffer);
+  }
+}
+
 TEST_F(SheetAppendTest, BufferWithoutBufEnd_KeepsAllItsBytes) {
   StreamBuilder book;
   book.Bof(5).Sheet("One").Eof().Bof(5, kWorksheet).Eof();

@@ -70,7 +70,7 @@ class SheetTest : public PoolTest {
     std::vector<std::pair<std::string, uint32_t>> sheets;
     for (const FoundRecord& record : RecordsOfType(0x0085)) {
       const size_t length = std::min<size_t>(record.bytes[10], record.bytes.size() - 11);
-      sheets.emplace_back(std::string(record.bytes.begin() + 11, record.bytes.begin() + 11 + length),
+      sheets.emplace_back(std::string(record.bytes.data() + 11, record.bytes.data() + 11 + length),
                           ReadU32(record.bytes.data() + kBoundSheetBof));
     }
     return sheets;
