@@ -120,6 +120,7 @@ int32_t FindSheetInsertPoint(uint32_t buffer, uint32_t size, uint16_t* number) {
   *number = 1;
   const Block block = OpenBlock(buffer);
   const uint32_t limit = LimitOf(size);
+  uint32_t behind_palette = 0;  // behind a run without a BOUNDSHEET
   bool seen = false;
   Walk walk = StartWalk(block, 0);
   for (; walk.at < limit && !walk.ended; Step(&walk)) {
@@ -129,11 +130,15 @@ int32_t FindSheetInsertPoint(uint32_t buffer, uint32_t size, uint16_t* number) {
       seen = true;
     } else if (IsPlain(block, walk.at, kLowPalette)) {
       seen = true;
+    } else if (seen && *number > 1) {
+      return static_cast<int32_t>(walk.at);
     } else if (seen) {
-      break;
+      if (behind_palette == 0) behind_palette = walk.at;
+      seen = false;
     }
   }
-  return static_cast<int32_t>(walk.at);
+  const bool palettes_only = *number == 1 && behind_palette != 0;
+  return static_cast<int32_t>(palettes_only ? behind_palette : walk.at);
 }
 
 SheetName DefaultSheetName(const char* name, uint16_t number) {

@@ -5,8 +5,9 @@
 //                                       ^ p                        ^ n
 //   new   BOF ... BOUNDSHEET  BOUNDSHEET  [the new one] COUNTRY ... EOF | sheets |    the new BOF goes here
 //
-// The run is the first of BOUNDSHEETs and PALETTEs, so that in a workbook whose PALETTE stands apart from its
-// BOUNDSHEETs the new one comes before all others, and the new sheet has the number 1, on purpose.
+// The run is the first of BOUNDSHEETs and PALETTEs that has a BOUNDSHEET in it. A PALETTE that stands apart, as in most workbooks, is
+// passed over: behind it the new BOUNDSHEET would come before all others while its sheet comes last in the stream, and the next save
+// after an edit could not match them.
 //
 // A stream with jumps can't be moved like that: the targets of DETOUR and RESUME are offsets that would have
 // to follow, and its BUFEND stands in the middle. So the patches of such a buffer are folded away first, as
@@ -28,7 +29,8 @@ constexpr int16_t kRefreshFailed = -7;  // XLRefreshHandles gave a nonzero resul
 constexpr int16_t kLocateFailed = -8;   // XLLocateSheets gave a nonzero result
 
 // Where the BOUNDSHEET of a new sheet goes: the first record behind the first run of BOUNDSHEET and PALETTE
-// records, however they are mixed; the globals EOF when there is none; 0 for a size of 1 or less. Stores the
+// records, however they are mixed, that has a BOUNDSHEET in it; where there is no BOUNDSHEET, behind the first PALETTEs; the globals EOF
+// when there is neither; 0 for a size of 1 or less. Stores the
 // number of the new sheet, the count of BOUNDSHEETs plus 1. Result: the offset; -1 for a null buffer, and the
 // number is not written.
 int32_t FindSheetInsertPoint(uint32_t buffer, uint32_t size, uint16_t* number);

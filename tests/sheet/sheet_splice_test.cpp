@@ -41,6 +41,15 @@ TEST_F(SheetSpliceTest, InsertPoint_PaletteAlone_BehindItWithoutACount) {
   EXPECT_EQ(number, 1u);
 }
 
+TEST_F(SheetSpliceTest, InsertPoint_PaletteApartFromTheBoundSheets_IsPassedOver) {
+  StreamBuilder book;
+  book.Bof(5).Record(0x0092, Bytes(2)).Record(0x0160, Bytes(2)).Sheet("One").Sheet("Two");
+  const uint32_t behind = book.Here();
+  Load(book.Record(0x008C, U32(1)).Eof());
+  EXPECT_EQ(FindSheetInsertPoint(buffer, size, &number), static_cast<int32_t>(behind));
+  EXPECT_EQ(number, 3u);
+}
+
 TEST_F(SheetSpliceTest, InsertPoint_NoBoundSheet_TheEof) {
   NewBook(5);
   EXPECT_EQ(FindSheetInsertPoint(buffer, size, &number), 1164);
