@@ -88,9 +88,11 @@ void OpenFile::Release() {
 void StorageTest::SetUp() {
   const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
   const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::string name = info->name();
+  std::replace(name.begin(), name.end(), '/', '_');  // the number of a parameter stands behind one
   const bool there = std::filesystem::is_directory(base_);
   folder_ = (there ? base_ : std::filesystem::temp_directory_path()) /
-            ("tolvenar_" + std::string(info->name()) + "_" + std::to_string(now));
+            ("tolvenar_" + name + "_" + std::to_string(now));
   ASSERT_TRUE(std::filesystem::create_directories(folder_));
 }
 
