@@ -177,17 +177,17 @@ StreamBuilder PaletteApart(uint16_t slack) {
   return book;
 }
 
-TEST_F(SheetAppendTest, PaletteApartFromTheBoundSheets_NewSheetIsTheFirst) {
+TEST_F(SheetAppendTest, PaletteApartFromTheBoundSheets_NewSheetIsTheLast) {
   for (uint16_t slack : {uint16_t{0}, uint16_t{20}}) {
     buffer = PaletteApart(slack).Load(&size);
     BiffVersion = 5;
-    EXPECT_EQ(XLAppendSheet(&buffer, &size, "Own", 0, 0), 1);
-    EXPECT_EQ(XLAppendSheet(&buffer, &size, "Next", 0, 0), 2);
+    EXPECT_EQ(XLAppendSheet(&buffer, &size, "Own", 0, 0), 3);
+    EXPECT_EQ(XLAppendSheet(&buffer, &size, "Next", 0, 0), 4);
     ASSERT_EQ(Sheets().size(), 4u);
-    EXPECT_EQ(Sheets()[0].first, "Own");
-    EXPECT_EQ(Sheets()[1].first, "Next");
-    EXPECT_EQ(Cells(3), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 F8 3F \n") << slack;
-    EXPECT_EQ(Cells(4), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 04 40 \n") << slack;
+    EXPECT_EQ(Sheets()[2].first, "Own");
+    EXPECT_EQ(Sheets()[3].first, "Next");
+    EXPECT_EQ(Cells(1), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 F8 3F \n") << slack;
+    EXPECT_EQ(Cells(2), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 04 40 \n") << slack;
     for (const auto& [name, bof] : Sheets()) EXPECT_EQ(U16At(OpenBlock(buffer), bof), 0x0809) << name;
     EXPECT_EQ(LiveBlocks(), 1u);
     MEMORYFREE(&buffer);
