@@ -158,7 +158,7 @@ TEST_F(FindCellTest, Dimensions_AreComparedAsSigned16BitValues) {
   for (const Case& c : {Case{0, 0x7FFF, true}, Case{0, 0x8000, false}, Case{0, 0xFFFF, false},
                         Case{0x7FFF, 10, true}, Case{0xFFFF, 10, true}, Case{0x7FFE, 0x7FFF, false}}) {
     for (uint8_t version : kVersions) {
-      SCOPED_TRACE(c.first * 0x10000 + c.past);
+      SCOPED_TRACE(uint32_t{c.first} * 0x10000 + c.past);
       BiffVersion = version;
       for (bool rows : {true, false}) {
         StreamBuilder book = StreamBuilder().Bof(version).Sheet("Data").Eof().Bof(version, kWorksheet);
