@@ -73,6 +73,8 @@ void PrintTable(const Sheet& sheet) {
 }
 
 void PrintSheets(const Workbook& book) {
+  if (book.Generation() == 5)
+    std::printf("  (The library gives the sheet names of BIFF5 without their first letter.)\n");
   for (int sheet = 1; sheet <= book.SheetCount(); ++sheet) {
     std::printf("  Sheet %d, \"%s\"", sheet, Printable(book.SheetName(sheet)).c_str());
     if (!book.IsWorksheet(sheet)) {
