@@ -95,3 +95,39 @@ Public Declare Function XLDeleteRow Lib "tolvenar.dll" (ByRef buffer As Long, By
     ByRef size As Long, ByVal sheet As Integer, ByVal row As Integer) As Integer
 Public Declare Function XLDeleteCol Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
     ByRef size As Long, ByVal sheet As Integer, ByVal column As Integer) As Integer
+
+' ---- New workbooks and sheets ----
+
+Public Declare Function XLCreateEmptyBook Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal selector As Long) As Integer
+Public Declare Function XLEmptyBookLocateSheets Lib "tolvenar.dll" (ByVal buffer As Long, ByRef table As Long, _
+    ByVal size As Long) As Integer
+Public Declare Function XLAppendSheet Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal nameArg As String, ByVal cols As Integer, ByVal rows As Integer) As Integer
+Public Declare Function XLAppendFullSheet Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal nameArg As String, ByVal cols As Integer, ByVal rows As Integer, ByRef texts As Long) As Integer
+Public Declare Function XLAppendVariantSheet Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal nameArg As String, ByVal cols As Integer, ByVal rows As Integer, ByRef cells As Long, _
+    ByRef xf As Integer) As Integer
+Public Declare Function XLAppendVariantSheetVB Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal nameArg As String, ByVal cols As Integer, ByVal rows As Integer, ByRef cells() As Any, _
+    ByRef xf() As Any) As Integer
+Public Declare Function CreateVariantSheet Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal cols As Integer, ByVal rows As Integer, ByRef cells As Long, ByRef xf As Integer) As Integer
+Public Declare Function AppendVariantSheet1 Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal nameArg As String) As Integer
+Public Declare Function CreateVariantSheet1 Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef position As Long) As Integer
+Public Declare Function CreateVariantSheet1A Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal cols As Long, ByVal rows As Long, ByRef position As Long) As Integer
+Public Declare Function CreateVariantSheet2 Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef position As Long, ByVal cols As Integer, ByVal rows As Integer, ByRef cells As Variant, _
+    ByRef xf As Integer) As Integer
+Public Declare Function CreateVariantSheet2A Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef position As Long, ByVal firstCol As Integer, ByVal firstRow As Integer, ByVal cols As Integer, _
+    ByVal rows As Integer, ByRef cells As Variant, ByRef xf As Integer) As Integer
+Public Declare Function CreateVariantSheet3 Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef position As Long) As Integer
+Public Declare Function AppendVariantSheet2 Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal sheet As Integer) As Integer
+Public Declare Function AddZemblerRecord Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long) As Integer

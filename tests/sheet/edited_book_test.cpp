@@ -18,7 +18,7 @@ class EditedBookTest : public SheetTest {
   void TwoSheets(int32_t selector) {
     NewBook(selector);
     Variants values;
-    values.I2(1).Text(u"old");
+    values.I2(1).Text(OLESTR("old"));
     for (const char* name : {"One", "Two"}) {
       ASSERT_GT(XLAppendVariantSheet(&buffer, &size, name, 2, 1, values.Addresses().data(), nullptr), 0);
     }
@@ -33,7 +33,7 @@ class EditedBookTest : public SheetTest {
     uint32_t table = 0;
     ASSERT_EQ(XLLocateSheets(buffer, &table, size), 0);
     Variants text;
-    text.Text(u"a text longer than the old one");
+    text.Text(OLESTR("a text longer than the old one"));
     for (int16_t sheet : {int16_t{1}, int16_t{2}}) {
       ASSERT_EQ(XLChangeCellValue(&buffer, table, &size, sheet, 1, 1, text.Data()), 0);
     }

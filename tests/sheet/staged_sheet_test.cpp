@@ -49,7 +49,7 @@ TEST_F(StagedSheetTest, InSlices_SizesAndPositionsOfEveryStageBiff5) {
   EXPECT_EQ(size, kOpenBiff5 + 10 * kRowBytes + rows_at) << "overshoots by the position";
   const uint32_t nominal = size;
   Variants values;
-  values.I2(1).Text(u"Ab").Empty();
+  values.I2(1).Text(OLESTR("Ab")).Empty();
   EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 3, 1, values.Data(), kXf), 0);
   EXPECT_EQ(position, rows_at + 10 * kRowBytes + 18 + 14 + 10);
   EXPECT_EQ(size, nominal);
@@ -68,7 +68,7 @@ TEST_F(StagedSheetTest, InSlices_SizesAndPositionsBiff8) {
   EXPECT_EQ(position, rows_at + 200);
   EXPECT_EQ(size, kOpenBiff8 + 200 + rows_at);
   Variants values;
-  values.Text(u"Ab");
+  values.Text(OLESTR("Ab"));
   EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 1, 1, values.Data(), kXf), 0);
   EXPECT_EQ(position, rows_at + 200 + 15);
   Close();

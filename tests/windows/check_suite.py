@@ -42,7 +42,11 @@ def passes(emulator, program, name):
     """Whether a test of a program passes. Each is tried by itself, since some crash."""
     command = [emulator, program, "--gtest_filter=" + name]
     no_debugger = {"WINEDLLOVERRIDES": "winedbg.exe=d"}
-    text = subprocess.run(command, capture_output=True, text=True, errors="replace", env={**os.environ, **no_debugger}).stdout
+    try:
+        done = subprocess.run(command, capture_output=True, text=True, errors="replace", timeout=20, env={**os.environ, **no_debugger})
+    except subprocess.TimeoutExpired:
+        return False
+    text = done.stdout
     return re.search(r"^\[       OK \] ", text, re.MULTILINE) is not None
 
 

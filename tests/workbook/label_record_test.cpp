@@ -60,19 +60,19 @@ TEST_F(LabelRecordTest, Doubled_TextWithoutItsPromisedBytes_DoesNotFault) {
 
 TEST_F(LabelRecordTest, WideBiff5) {
   BiffVersion = 5;
-  const uint32_t record = MakeLabelRecordWide(&size, 0x0102, 0x0304, 0x0506, u"A\x0142Z");
+  const uint32_t record = MakeLabelRecordWide(&size, 0x0102, 0x0304, 0x0506, OLESTR("A\x0142Z"));
   EXPECT_EQ(Made(record, size), "04 02 0B 00 02 01 04 03 06 05 03 00 41 42 5A ");
 }
 
 TEST_F(LabelRecordTest, WideBiff8_OptionByteInFrontOfTheText) {
   BiffVersion = 6;
-  const uint32_t record = MakeLabelRecordWide(&size, 0x0102, 0x0304, 0x0506, u"A\x0142Z");
+  const uint32_t record = MakeLabelRecordWide(&size, 0x0102, 0x0304, 0x0506, OLESTR("A\x0142Z"));
   EXPECT_EQ(Made(record, size), "04 02 0C 00 02 01 04 03 06 05 03 00 00 41 42 5A ");
 }
 
 TEST_F(LabelRecordTest, WideEmpty) {
   BiffVersion = 6;
-  const uint32_t record = MakeLabelRecordWide(&size, 1, 2, 3, u"");
+  const uint32_t record = MakeLabelRecordWide(&size, 1, 2, 3, OLESTR(""));
   EXPECT_EQ(Made(record, size), "04 02 09 00 01 00 02 00 03 00 00 00 00 ");
 }
 
@@ -93,7 +93,7 @@ TEST_F(LabelRecordTest, WideTooLong_IsCutToTheLongestRecord) {
 TEST_F(LabelRecordTest, PoolRefuses_TheSizeIsUntouched) {
   TakeAllSlotsBut({});
   EXPECT_EQ(MakeLabelRecord(&size, 0, 0, 0, "x"), 0u);
-  EXPECT_EQ(MakeLabelRecordWide(&size, 0, 0, 0, u"x"), 0u);
+  EXPECT_EQ(MakeLabelRecordWide(&size, 0, 0, 0, OLESTR("x")), 0u);
   EXPECT_EQ(AllocLabelRecord(100, 0, 0, 0), 0u);
   EXPECT_EQ(size, 0xDEADu);
 }
@@ -117,7 +117,7 @@ TEST_F(LabelRecordTest, Shell_IsAtMost32767Bytes) {
 TEST_F(LabelRecordTest, FillBiff5) {
   BiffVersion = 5;
   const uint32_t shell = AllocLabelRecord(32767, 9, 9, 9);
-  FillLabelRecord(Shell(shell), &size, 0x0102, 0x0304, 0x0506, u"A\x0142Z");
+  FillLabelRecord(Shell(shell), &size, 0x0102, 0x0304, 0x0506, OLESTR("A\x0142Z"));
   EXPECT_EQ(size, 15u);
   EXPECT_EQ(Hex(BlockContents(shell, 15)), "04 02 0B 00 02 01 04 03 06 05 03 00 41 42 5A ");
 }
@@ -127,7 +127,7 @@ TEST_F(LabelRecordTest, FillBiff8_TypeAndOptionByteStay) {
   const uint32_t shell = AllocLabelRecord(32767, 9, 9, 9);
   BlockBytes(shell)[0] = 0x77;
   BlockBytes(shell)[12] = 0x55;
-  FillLabelRecord(Shell(shell), &size, 0x0102, 0x0304, 0x0506, u"AZ");
+  FillLabelRecord(Shell(shell), &size, 0x0102, 0x0304, 0x0506, OLESTR("AZ"));
   EXPECT_EQ(size, 15u);
   EXPECT_EQ(Hex(BlockContents(shell, 15)), "77 02 0B 00 02 01 04 03 06 05 02 00 55 41 5A ");
 }
@@ -138,7 +138,7 @@ TEST_F(LabelRecordTest, FillNull_IsOneBlank_FillEmpty_IsNone) {
   FillLabelRecord(Shell(shell), &size, 1, 2, 3, nullptr);
   EXPECT_EQ(size, 13u);
   EXPECT_EQ(Hex(BlockContents(shell, 13)), "04 02 09 00 01 00 02 00 03 00 01 00 20 ");
-  FillLabelRecord(Shell(shell), &size, 1, 2, 3, u"");
+  FillLabelRecord(Shell(shell), &size, 1, 2, 3, OLESTR(""));
   EXPECT_EQ(size, 12u);
   EXPECT_EQ(Hex(BlockContents(shell, 12)), "04 02 08 00 01 00 02 00 03 00 00 00 ");
 }
