@@ -56,7 +56,8 @@ HRESULT StorageCreate(const OLECHAR* path, uint32_t mode, Storage** out);
 // Opens the compound file at `path`. A file that is open elsewhere, read-only or no whole compound file is refused.
 HRESULT StorageOpen(const OLECHAR* path, uint32_t mode, Storage** out);
 
-// Opens the stream `name` of the root storage, positioned at its start.
+// Opens the stream `name` of the root storage, positioned at its start. Its contents are not looked at: those of a
+// damaged stream fail when they are read, and it can be measured, destroyed and replaced all the same.
 HRESULT StorageOpenStream(Storage* storage, const OLECHAR* name, uint32_t mode, Stream** out);
 
 // Makes an empty stream `name` in the root storage. An existing one makes it fail, unless `mode` is kModeReplace.

@@ -175,6 +175,15 @@ TEST_F(CompoundCommit, LongestName_CanBeSaved) {
   EXPECT_EQ(Listing(), std::vector<std::string>({name}));
 }
 
+TEST_F(CompoundCommit, NameTooLongForTheFileSystem_IsToldByTheCreation) {
+  OpenFile file;
+  for (const uint32_t mode : {platform::kModeExclusive, platform::kModeReplace}) {
+    EXPECT_EQ(file.Create(Path(std::string(256, 'n')), mode), platform::kStgPathNotFound);
+    EXPECT_EQ(file.storage, nullptr);
+  }
+  EXPECT_EQ(Listing(), std::vector<std::string>());
+}
+
 TEST_F(CompoundCommit, LeftOverStage_IsRemovedByTheNextOpen) {
   const std::string path = Make("file", {{"s", Pattern(10)}});
   WriteFile(StageOf("file"), Pattern(3000));

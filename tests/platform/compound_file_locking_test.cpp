@@ -1,6 +1,7 @@
 // Who may have a file or a stream open, and what becomes of those who lose it.
 #if !defined(_WIN32)
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -94,6 +95,31 @@ TEST_F(CompoundLocking, OpenInAnotherProcess_RefusesUntilThatProcessIsGone) {
   file.Release();
   EXPECT_EQ(StreamOf(path, "s"), Pattern(10));
   EXPECT_EQ(Listing(), std::vector<std::string>({"file"}));
+  close(ready[0]);
+  close(ready[1]);
+}
+
+// An office program has the file open: it holds a record lock, which no lock of a whole file meets.
+TEST_F(CompoundLocking, RecordLockOfAnotherProcess_RefusesUntilItIsGone) {
+  const std::string path = Make("file", {{"s", Pattern(10)}});
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    const int held = open(path.c_str(), O_RDWR);
+    const char told = held >= 0 && lockf(held, F_LOCK, 0) == 0 ? 'y' : 'n';
+    if (write(ready[1], &told, 1) != 1) _exit(1);
+    for (;;) pause();
+  }
+  char told = 0;
+  ASSERT_EQ(read(ready[0], &told, 1), 1);
+  ASSERT_EQ(told, 'y');
+  OpenFile file;
+  EXPECT_EQ(file.Open(path), platform::kStgShareViolation);
+  EXPECT_EQ(file.Create(path, platform::kModeReplace), platform::kStgShareViolation);
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_EQ(file.Open(path), S_OK);
   close(ready[0]);
   close(ready[1]);
 }

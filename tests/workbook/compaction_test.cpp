@@ -141,6 +141,31 @@ TEST_F(CompactionTest, RecordsBehindTheBufEnd_AreNotReached) {
   EXPECT_EQ(copy_size, 67u);
 }
 
+TEST_F(CompactionTest, RecordAtTheLimit_IsNotReached) {
+  Load(StreamBuilder().Bof(6).Eof().Record(0x0042, Bytes(2)), {0, 0, 20});
+  size = 25;  // the limit is 24, where the last record stands
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(Hex(Copied()), Hex(StreamBuilder().Bof(6).Eof().Stream() + kRoomForBufEnd));
+}
+
+TEST_F(CompactionTest, BoundSheetInThePlaceOfTheGlobalsEof_IsNotRepaired) {
+  StreamBuilder book;
+  book.Bof(6).Record(0x0085).Bof(6, kWorksheet).Eof().Eof();
+  Load(book, {1, 0, 24, 77});
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(Hex(Copied()), Hex(BlockContents(buffer, size - 4) + kRoomForBufEnd));
+  EXPECT_EQ(TableEntries(table, 4), (Entries{1, 0, 48, 77}));
+}
+
+TEST_F(CompactionTest, BufEndMetByTheSearchForTheLastEof_EndsItBehindTheBufEnd) {
+  StreamBuilder book;
+  const Bytes records = {0x01, 0x00, 0x00, 0x00, 0xF8, 0xFE, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00};
+  book.Bof(6).Record(0x0042, records);
+  Load(book, {0, 24, 0});  // the globals begin inside a payload
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(TableEntries(table, 3), (Entries{0, 24, 32}));
+}
+
 TEST_F(CompactionTest, PrivateHighByteWithAnotherLowByte_IsAnOrdinaryRecord) {
   StreamBuilder book;
   book.Bof(6).Record(0xFEF0, U16(7)).Record(0x10FD, U16(8)).Record(0xFDFF, U16(9)).Eof();

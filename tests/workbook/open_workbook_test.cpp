@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 
 #include "foundation/memory_pool.h"
+#include "support/compound_builder.h"
 #include "support/pool_fixture.h"
 #include "support/stream_builder.h"
 #include "support/temp_file.h"
@@ -116,7 +118,7 @@ TEST_F(OpenWorkbookTest, EofCutInHalf_IsCompletedByTheZerosBehindIt) {
 
 TEST_F(OpenWorkbookTest, EofThatClaimsAPayloadBehindTheEnd_IsFilledWithZeros) {
   uint32_t soiled = MEMORYALLOC(256);
-  MEMORYSET1(&soiled, 256, 0xEE);
+  MEMORYSET1(&soiled, 256, 0x09);  // an earlier tenant's BOF behind the EOF: the stream doesn't go on with it
   MEMORYFREE(&soiled);
   const Bytes stream = StreamBuilder().Bof(6).Stream() + Bytes{0x0A, 0x00, 0x20, 0x00, 1, 2};
   EXPECT_EQ(Open(stream), 0);
@@ -178,8 +180,11 @@ TEST_F(OpenWorkbookTest, EmptyStream_StillSetsTheVersion) {
 TEST_F(OpenWorkbookTest, FileIsClosedAndUnchangedAfterwards) {
   ASSERT_TRUE(WriteWorkbook(path, "Workbook", OneSheet().Stream()));
   const Bytes before = FileBytes(path);
+  const auto an_hour_ago = std::filesystem::last_write_time(path) - std::chrono::hours(1);
+  std::filesystem::last_write_time(path, an_hour_ago);
   EXPECT_EQ(XLOpenFile(path.c_str(), &buffer, &size), 0);
   EXPECT_EQ(FileBytes(path), before);
+  EXPECT_EQ(std::filesystem::last_write_time(path), an_hour_ago);
   EXPECT_EQ(folder.Count(), 1u);
   EXPECT_TRUE(std::filesystem::remove(path));
 }
@@ -266,8 +271,52 @@ TEST_F(OpenWorkbookTest, Result2_CutBehindEverySlot_BlockIsFreedAndTheVariableSt
   EXPECT_EQ(XLOpenFile(path.c_str(), &buffer, &size), 2);
   EXPECT_NE(buffer, 0u);
   EXPECT_EQ(MEMORYISHANDLE(buffer), 0);
+  EXPECT_EQ(size, 20u + 4 + 65535 + 4) << "stored before the cut is tried";
   EXPECT_EQ(LiveBlocks(), 7u);
 }
+
+#if !defined(_WIN32)
+
+// A file whose stream claims another size than it has, at a place of its directory entry.
+void ClaimSize(CompoundImage image, uint32_t low, uint32_t high, const std::string& path) {
+  constexpr size_t kSizeField = 120;
+  image.PutU32(image.EntryAt(1) + kSizeField, low);
+  image.PutU32(image.EntryAt(1) + kSizeField + 4, high);
+  PutFile(path, image.bytes);
+}
+
+TEST_F(OpenWorkbookTest, StreamThatClaimsMoreThanTheFile_IsThereAndFailsAtItsReading) {
+  CompoundBuilder file;
+  file.AddStream("Workbook", Bytes(5000));
+  const struct {
+    uint32_t claim;
+    int16_t result;
+    uint32_t size;
+  } kClaims[] = {{100000, 6, 100004},         {104999996, 6, 105000000},     {104999997, 5, 105000001},
+                 {0x7FFFFFFF, 5, 0x80000003}, {0x80000000, 103, 0x80000000}, {0xFFFFFFFF, 103, 0xFFFFFFFF}};
+  for (const auto& claim : kClaims) {
+    ClaimSize(file.Build(), claim.claim, 0, path);
+    BiffVersion = 0;
+    buffer = 0xDEAD;
+    EXPECT_EQ(XLOpenFile(path.c_str(), &buffer, &size), claim.result) << claim.claim;
+    EXPECT_EQ(buffer, 0u);
+    EXPECT_EQ(size, claim.size);
+    EXPECT_EQ(BiffVersion, 6);
+    EXPECT_EQ(LiveBlocks(), 0u);
+  }
+}
+
+TEST_F(OpenWorkbookTest, Result103_SizeOfMoreThan32Bits) {
+  CompoundBuilder file(4);
+  file.AddStream("Workbook", OneSheet().Stream() + Bytes(5000));
+  ClaimSize(file.Build(), 5000, 1, path);
+  EXPECT_EQ(XLOpenFile(path.c_str(), &buffer, &size), 103);
+  EXPECT_EQ(buffer, 0u);
+  EXPECT_EQ(size, 0u);
+  EXPECT_EQ(BiffVersion, 6);
+}
+
+#endif
 
 // XLFreeHandle.
 

@@ -201,6 +201,14 @@ TEST_F(RefreshTest, DeleteDBCells_RecordAtTheLimitIsNotSeen) {
   EXPECT_EQ(U8At(OpenBlock(buffer), TwoSheets::kIndex), 0xFD);
 }
 
+TEST_F(RefreshTest, DeleteDBCells_SizeOf2_IsTheFirstThatIsWalked) {
+  const uint32_t index = StreamBuilder().Record(0x020B, Bytes(2)).Load(&size);
+  EXPECT_EQ(XLDeleteDBCells(index, 1), 0);
+  EXPECT_EQ(BlockContents(index, 2), (Bytes{0x0B, 0x02}));
+  EXPECT_EQ(XLDeleteDBCells(index, 2), 0);
+  EXPECT_EQ(BlockContents(index, 2), (Bytes{0xFD, 0xFE}));
+}
+
 TEST_F(RefreshTest, DeleteDBCells_Results) {
   EXPECT_EQ(XLDeleteDBCells(0, size), 1);
   EXPECT_EQ(XLDeleteDBCells(0, 0), 1);

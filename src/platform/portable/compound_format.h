@@ -4,23 +4,27 @@
 //   (n + 1) sectors from the start of the file: the header takes a whole sector, in version 4 filled up with
 //   zeros.
 //
-//   HEADER                                               DIRECTORY ENTRY, 128 bytes
-//   OFFSET  SIZE  FIELD                                  OFFSET  SIZE  FIELD
-//        0     8  signature D0 CF 11 E0 A1 B1 1A E1           0    64  name, UTF-16, zero-terminated
-//        8    16  class id, zero                             64     2  bytes of the name with its terminator
-//       24     2  minor version, 3E                          66     1  type: 0 unused, 1 storage, 2 stream, 5
-//       root 26     2  major version, 3 or 4                      67     1  colour: 0 red, 1 black 28     2
-//       byte order, FFFE                           68     4  left sibling 30     2  sector shift, 9 or 12 72
-//       4  right sibling 32     2  mini sector shift, 6                       76     4  child: top of the
-//       tree of a storage's members 34     6  zero                                       80    16  class id
-//       40     4  directory sectors (version 4 only)         96     4  state bits
-//       44     4  sector-table sectors                      100     8  time of creation
-//       48     4  first sector of the directory             108     8  time of the last change
-//       52     4  transaction signature                     116     4  first sector (of the root: of the mini
-//       stream) 56     4  mini stream cutoff, 4096                  120     8  size in bytes (version 3: the
-//       low 4 bytes count) 60     4  first sector of the mini sector table 64     4  mini-table sectors 68 4
-//       first sector of the long list 72     4  long-list sectors 76   436  first 109 entries of the list of
-//       sector-table sectors
+//   HEADER
+//   OFFSET  SIZE  FIELD                                OFFSET  SIZE  FIELD
+//        0     8  signature D0 CF 11 E0 A1 B1 1A E1        44     4  sector-table sectors
+//        8    16  class id, zero                           48     4  first sector of the directory
+//       24     2  minor version, 3E                        52     4  transaction signature
+//       26     2  major version, 3 or 4                    56     4  mini stream cutoff, 4096
+//       28     2  byte order, FFFE                         60     4  first sector of the mini sector table
+//       30     2  sector shift, 9 or 12                    64     4  mini-table sectors
+//       32     2  mini sector shift, 6                     68     4  first sector of the long list
+//       34     6  zero                                     72     4  long-list sectors
+//       40     4  directory sectors (version 4 only)       76   436  first 109 sectors of the sector table
+//
+//   DIRECTORY ENTRY, 128 bytes
+//   OFFSET  SIZE  FIELD                                OFFSET  SIZE  FIELD
+//        0    64  name, UTF-16, zero-terminated            80    16  class id
+//       64     2  bytes of the name, terminator too        96     4  state bits
+//       66     1  0 unused, 1 storage, 2 stream, 5 root   100     8  time of creation
+//       67     1  colour: 0 red, 1 black                  108     8  time of the last change
+//       68     4  left sibling                            116     4  first sector (root: of the mini stream)
+//       72     4  right sibling                           120     8  size in bytes (version 3: the low 4
+//       76     4  child: top of its members' tree                    bytes count)
 //
 //   The sector table holds one u32 per sector: the next sector of the same chain, or one of the marks below.
 //   Its own sectors are listed in the header and, beyond 109, in the long list: sectors of u32s whose last

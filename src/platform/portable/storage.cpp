@@ -157,9 +157,7 @@ HRESULT StorageOpenStream(Storage* storage, const OLECHAR* name, uint32_t, Strea
   WideName wide;
   const uint32_t there = FindMember(storage->directory, NameOf(name, &wide));
   if (there == kNoEntry || NodeType(storage->directory.nodes[there]) != kTypeStream) return kStgFileNotFound;
-  const Node& node = storage->directory.nodes[there];
-  if (node.open) return kStgAccessDenied;
-  if (!node.located && node.size > storage->reader.size) return kStgDocFileCorrupt;
+  if (storage->directory.nodes[there].open) return kStgAccessDenied;
   return OpenNode(storage, there, out);
 }
 

@@ -94,9 +94,14 @@ bool NameHolds(int folder, const std::string& name, int file) {
          SameFile(named, opened);
 }
 
-bool NameExists(int folder, const std::string& name) {
+// RESULT: S_OK: nothing has the target's name; kStgFileAlreadyExists; another: nothing ever can, a name too
+// long for the file system among it.
+HRESULT CheckNameFree(const TargetFile& target) {
   struct stat status;
-  return fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+  if (fstatat(target.folder, target.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+    return kStgFileAlreadyExists;
+  }
+  return errno == ENOENT ? S_OK : ResultOfError(errno, kStgAccessDenied);
 }
 
 // RESULT: S_OK; kStgShareViolation: somebody else holds it; kStgLockViolation: it can't be locked at all.
@@ -106,6 +111,21 @@ HRESULT Lock(int file) {
     return errno == EWOULDBLOCK ? kStgShareViolation : kStgLockViolation;
   }
   return S_OK;
+}
+
+// True when another program holds a record lock on the file, the other kind of lock there is: office programs
+// lock what they have open in this way. Asked for before the file is locked here: over a network both kinds
+// can be one, and the own lock would be in the way.
+bool IsRecordLocked(int file) {
+#if defined(F_OFD_GETLK)
+  constexpr int kAsk = F_OFD_GETLK;
+#else
+  constexpr int kAsk = F_GETLK;
+#endif
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  return fcntl(file, kAsk, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
 // A file without any right to write is refused to everyone, also to a user whom rights don't bind.
@@ -123,6 +143,7 @@ HRESULT TryLockTarget(TargetFile* target) {
   target->file = openat(target->folder, target->name.c_str(), O_RDWR | kFileFlags);
   if (target->file < 0) return ResultOfError(errno, kStgAccessDenied);
   if (fstat(target->file, &status) != 0 || !IsWritable(status)) return kStgAccessDenied;
+  if (IsRecordLocked(target->file)) return kStgShareViolation;
   const HRESULT result = Lock(target->file);
   if (result != S_OK) return result;
   return NameHolds(target->folder, target->name, target->file) ? S_OK : S_FALSE;
@@ -236,7 +257,7 @@ HRESULT MoveIntoPlace(const TargetFile& target) {
   }
   if (errno != EPERM && errno != EOPNOTSUPP) return ResultOfError(errno, kStgWriteFault);
   // A file system with neither: what is left is to look first.
-  if (NameExists(target.folder, target.name)) return kStgFileAlreadyExists;
+  if (const HRESULT result = CheckNameFree(target); result != S_OK) return result;
   return renameat(target.folder, from, target.folder, to) == 0 ? S_OK : ResultOfError(errno, kStgWriteFault);
 }
 
@@ -269,10 +290,10 @@ HRESULT LockTarget(const std::string& path, TargetFile* target) {
 
 HRESULT ClaimTarget(const std::string& path, TargetFile* target) {
   HRESULT result = OpenFolder(path, target);
-  if (result == S_OK && NameExists(target->folder, target->name)) result = kStgFileAlreadyExists;
+  if (result == S_OK) result = CheckNameFree(*target);
   if (result == S_OK) result = OpenStage(target);
   // It may have come up between the look and the claim.
-  if (result == S_OK && NameExists(target->folder, target->name)) result = kStgFileAlreadyExists;
+  if (result == S_OK) result = CheckNameFree(*target);
   if (result != S_OK) ReleaseTarget(target);
   return result;
 }

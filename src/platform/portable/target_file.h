@@ -1,14 +1,13 @@
 // The file behind a storage: found, locked, and replaced in one step by a file staged beside it.
 //
 //   target   the path with its symbolic links followed: a folder and a name in it. The file under that name
-//   is what is replaced. lock     flock on the file, held until it is released or the process ends. Whoever
-//   holds it holds the name: after locking, the name
-//            is checked to be still that of the locked file. The staged file is locked before it takes the
-//            name.
+//            is what is replaced.
+//   lock     flock on the file, held until it is released or the process ends. Whoever holds it holds the
+//            name: after locking, the name is checked to be still that of the locked file. The staged file is
+//            locked before it takes the name. A file with another program's record lock on it is not taken.
 //   stage    the file ".<name>.tolvenar" in the same folder, locked as well. For a file that is being created
-//   it is also the claim on
-//            the name. One that nobody holds is left over from a process that died, and is removed by the
-//            next one that comes by.
+//            it is also the claim on the name. One that nobody holds is left over from a process that died,
+//            and is removed by the next one that comes by.
 //
 // Invariants: (1) The target is never written to. Until CommitStage its bytes and its name are as they were,
 // and afterwards the name belongs to the whole new file. (2) Once ReserveStage has succeeded, writing that
