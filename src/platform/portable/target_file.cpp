@@ -128,21 +128,16 @@ bool IsRecordLocked(int file) {
   return fcntl(file, kAsk, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-// A file without any right to write is refused to everyone, also to a user whom rights don't bind.
-bool IsWritable(const struct stat& status) {
-  return S_ISREG(status.st_mode) && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) != 0;
-}
-
 // Opens and locks the target, S_FALSE when the name has moved on to another file in the meantime.
 HRESULT TryLockTarget(TargetFile* target) {
   struct stat status;
   if (fstatat(target->folder, target->name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
     return ResultOfError(errno, kStgAccessDenied);
   }
-  if (!IsWritable(status)) return kStgAccessDenied;
+  if (!S_ISREG(status.st_mode)) return kStgAccessDenied;
   target->file = openat(target->folder, target->name.c_str(), O_RDWR | kFileFlags);
   if (target->file < 0) return ResultOfError(errno, kStgAccessDenied);
-  if (fstat(target->file, &status) != 0 || !IsWritable(status)) return kStgAccessDenied;
+  if (fstat(target->file, &status) != 0 || !S_ISREG(status.st_mode)) return kStgAccessDenied;
   if (IsRecordLocked(target->file)) return kStgShareViolation;
   const HRESULT result = Lock(target->file);
   if (result != S_OK) return result;
