@@ -1,6 +1,4 @@
 // Streams of a compound file: what is written comes back, at every size where the format changes its mind.
-#if !defined(_WIN32)
-
 #include <algorithm>
 
 #include "platform/storage.h"
@@ -235,5 +233,3 @@ TEST_F(CompoundStream, Destroy_RemovesTheStream) {
 
 }  // namespace
 }  // namespace tolvenar::testing
-
-#endif  // !_WIN32

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <sys/mman.h>
 #include <unistd.h>
 #endif
@@ -35,21 +37,48 @@ TEST(HostText, ManyPages) {
   EXPECT_EQ(Copy(bytes.data(), 1, 100000), std::string(100000, 'x'));
 }
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+size_t PageSize() {
+  return 4096;
+}
+void* TakePages(size_t size) {
+  return VirtualAlloc(nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+}
+bool SetReadable(void* start, size_t size, bool readable) {
+  DWORD old = 0;
+  return VirtualProtect(start, size, readable ? PAGE_READWRITE : PAGE_NOACCESS, &old) != 0;
+}
+void GivePages(void* start, size_t /*size*/) {
+  VirtualFree(start, 0, MEM_RELEASE);
+}
+#else
+size_t PageSize() {
+  return static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+void* TakePages(size_t size) {
+  void* got = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  return got == MAP_FAILED ? nullptr : got;
+}
+bool SetReadable(void* start, size_t size, bool readable) {
+  return mprotect(start, size, readable ? PROT_READ | PROT_WRITE : PROT_NONE) == 0;
+}
+void GivePages(void* start, size_t size) {
+  munmap(start, size);
+}
+#endif
+
 // Two pages of which the second can't be read.
 class GuardedPages : public ::testing::Test {
  protected:
   void SetUp() override {
-    page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-    void* got = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(got, MAP_FAILED);
-    base = static_cast<char*>(got);
-    ASSERT_EQ(mprotect(base + page, page, PROT_NONE), 0);
+    base = static_cast<char*>(TakePages(2 * page));
+    ASSERT_NE(base, nullptr);
+    ASSERT_TRUE(SetReadable(base + page, page, false));
   }
-  void TearDown() override { munmap(base, 2 * page); }
+  void TearDown() override { GivePages(base, 2 * page); }
 
+  const size_t page = PageSize();
   char* base = nullptr;
-  size_t page = 0;
 };
 
 TEST_F(GuardedPages, BytesBehindThePageThatCantBeRead_AreZeros) {
@@ -60,12 +89,11 @@ TEST_F(GuardedPages, BytesBehindThePageThatCantBeRead_AreZeros) {
 }
 
 TEST_F(GuardedPages, SecondPageReadableAgain) {
-  ASSERT_EQ(mprotect(base + page, page, PROT_READ | PROT_WRITE), 0);
+  ASSERT_TRUE(SetReadable(base + page, page, true));
   base[page - 2] = 'a';
   base[page] = 'c';
   EXPECT_EQ(Copy(base + page - 2, 2, 4), std::string("a\0c\0", 4));
 }
-#endif
 
 }  // namespace
 }  // namespace tolvenar::platform
