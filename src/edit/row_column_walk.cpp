@@ -62,7 +62,8 @@ void AdjustFormulaOfRecord(const Block& block, uint32_t at, int16_t position, Ad
   for (const auto& kind : kFormulaKinds) {
     if (!IsPlain(block, at, kind.low)) continue;
     const Block payload = PayloadOf(block, at);
-    AdjustFormulaReferences(payload, kind.tokens - kHeaderSize, I16At(payload, kind.length - kHeaderSize), position, mode);
+    AdjustFormulaReferences(payload, kind.tokens - kHeaderSize, I16At(payload, kind.length - kHeaderSize),
+                            position, mode);
     return;
   }
 }
