@@ -1,6 +1,7 @@
 // The report: shows what is in a workbook, changes a few cells in memory, shows the patches that this has
-// made, saves the workbook under a new name, opens the result and shows that the changes are there. The
-// workbook that it was given stays as it is.
+// made, saves the workbook under a new name, opens the result and shows that the changes are there. In a
+// workbook of Excel 5.0 or 95 that has formulas it also inserts a row, in memory only, and shows how cells and
+// formulas follow. The workbook that it was given stays as it is.
 //
 //   report [--out FOLDER] WORKBOOK ...
 //
@@ -19,6 +20,7 @@
 
 namespace fs = std::filesystem;
 using report::Cell;
+using report::Formula;
 using report::Patches;
 using report::Sheet;
 using report::Workbook;
@@ -28,6 +30,7 @@ namespace {
 constexpr size_t kRowsShown = 6;
 constexpr size_t kColumnsShown = 7;
 constexpr int kColumnWidth = 13;
+constexpr size_t kFormulasShown = 3;
 
 // A text of the workbook for the terminal: its bytes are characters of Latin-1.
 std::string Printable(const std::string& text) {
@@ -220,6 +223,38 @@ bool ShowResult(const fs::path& path, const std::vector<Changed>& changed, int x
   return all_there;
 }
 
+void PrintFormulas(const Workbook& book, int sheet) {
+  const std::vector<Formula> formulas = book.Formulas(sheet);
+  for (size_t i = 0; i < std::min(formulas.size(), kFormulasShown); ++i) {
+    std::printf("    formula in %s:", Name({sheet, formulas[i].row, formulas[i].column}).c_str());
+    for (const uint8_t byte : formulas[i].tokens) std::printf(" %02X", byte);
+    std::printf("\n");
+  }
+}
+
+// Inserts a row in front of the second row of the first worksheet, and shows the sheet before and after. The
+// tokens are those of Excel 5.0 and 95, which the library moves the references of: a reference is 24, 44 or
+// 64, the row in 14 bits under two flags, and the column. The row grows by one, but the flags come back in
+// bits 7 and 6 of the row word and not in 15 and 14. So only absolute references (without flags) still mean
+// their cell afterwards: a host whose formulas have relative ones has to write them anew.
+void ShowInsertedRow(const fs::path& path) {
+  Workbook book(path);
+  const int sheet = FirstWorksheet(book);
+  if (book.Generation() != 5 || sheet == 0 || book.Formulas(sheet).empty()) return;
+  const int row = book.ReadSheet(sheet).first_row + 1;
+  std::printf("%s, opened once more to insert a row at row %d of sheet %d\n", path.string().c_str(), row,
+              sheet);
+  const auto print = [&](const char* when) {
+    std::printf("  %s\n", when);
+    PrintTable(book.ReadSheet(sheet));
+    PrintFormulas(book, sheet);
+  };
+  print("Before");
+  book.InsertRow(sheet, row);
+  print("After");
+  PrintPatches("With the row", book);
+}
+
 bool Report(const fs::path& path, const fs::path& folder) {
   const fs::path result = folder / path.filename();
   if (fs::exists(result) && fs::equivalent(path, result)) {
@@ -261,7 +296,10 @@ int main(int argc, char** argv) {
   }
   try {
     bool good = true;
-    for (const std::string& path : arguments) good = Report(path, folder) && good;
+    for (const std::string& path : arguments) {
+      good = Report(path, folder) && good;
+      ShowInsertedRow(path);
+    }
     return good ? 0 : 1;
   } catch (const std::exception& problem) {
     std::fprintf(stderr, "report: %s\n", problem.what());

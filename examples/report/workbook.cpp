@@ -2,6 +2,7 @@
 #include "workbook.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 
 namespace report {
@@ -15,6 +16,13 @@ constexpr uint8_t kDetour = 0xFF;
 constexpr uint8_t kResume = 0xFA;
 constexpr uint8_t kSlack = 0xFD;
 constexpr uint8_t kBufEnd = 0xF8;
+constexpr uint8_t kBof = 0x09;  // low bytes of ordinary types
+constexpr uint8_t kEof = 0x0A;
+constexpr uint8_t kFormula = 0x06;
+constexpr size_t kFormulaRow = 4;  // fields of a FORMULA, from its first byte
+constexpr size_t kFormulaColumn = 6;
+constexpr size_t kFormulaLength = 24;
+constexpr size_t kFormulaTokens = 26;
 
 struct DestroyArray {
   void operator()(SAFEARRAY* array) const { SafeArrayDestroy(array); }
@@ -186,7 +194,8 @@ void Workbook::ReadFormats(int sheet, Sheet* into) const {
   }
 }
 
-Patches Workbook::CountPatches() const {
+// The bytes of each record of the workbook, in reading order, header and patch records included.
+std::vector<std::vector<uint8_t>> Workbook::Records() const {
   const auto room = static_cast<ULONG>(std::min<uint32_t>(size_ / 4 + 1, kListedAtMost));
   Array offsets = Checked(SafeArrayCreateVector(VT_I4, 1, room));
   Array types = Checked(SafeArrayCreateVector(VT_I2, 1, room));
@@ -197,21 +206,52 @@ Patches Workbook::CountPatches() const {
   Check(
       XLGetList(buffer_, static_cast<int32_t>(size_), &count, &arrays[0], &arrays[1], &arrays[2], &arrays[3]),
       "the records can't be listed");
-  Patches found;
+  std::vector<std::vector<uint8_t>> records;
   for (LONG i = 1; i <= std::min<LONG>(count, kListedAtMost); ++i) {
-    // The listing's type codes have only the low byte, which ordinary records share: the record itself tells.
     BSTR image = nullptr;
     if (SafeArrayGetElement(images.get(), &i, &image) != S_OK || image == nullptr) continue;
-    const auto* record = reinterpret_cast<const uint8_t*>(image);
-    if (record[1] == kPatchTypeHigh) {
-      found.detours += record[0] == kDetour;
-      found.resumes += record[0] == kResume;
-      found.slacks += record[0] == kSlack;
-      found.ends += record[0] == kBufEnd;
-    }
+    const auto* bytes = reinterpret_cast<const uint8_t*>(image);
+    records.emplace_back(bytes, bytes + SysStringByteLen(image));
     SysFreeString(image);
   }
+  return records;
+}
+
+Patches Workbook::CountPatches() const {
+  Patches found;
+  for (const auto& record : Records()) {
+    // The listing's type codes have only the low byte, which ordinary records share: the record itself tells.
+    if (record.size() < 2 || record[1] != kPatchTypeHigh) continue;
+    found.detours += record[0] == kDetour;
+    found.resumes += record[0] == kResume;
+    found.slacks += record[0] == kSlack;
+    found.ends += record[0] == kBufEnd;
+  }
   return found;
+}
+
+// A sheet is what stands between a BOF and its EOF; the first such substream is that of the workbook itself,
+// and a chart in a sheet is one within another.
+std::vector<Formula> Workbook::Formulas(int sheet) const {
+  std::vector<Formula> found;
+  int depth = 0, substream = -1;
+  for (const auto& record : Records()) {
+    if (record.size() < 2 || (record[1] & 0x10) != 0) continue;  // chart and patch records
+    if (record[0] == kBof && depth++ == 0) ++substream;
+    if (record[0] == kEof) --depth;
+    if (record[0] != kFormula || depth != 1 || substream != sheet || record.size() < kFormulaTokens) continue;
+    const auto word = [&](size_t at) { return record[at] + 256 * record[at + 1]; };
+    const size_t end = std::min(record.size(), kFormulaTokens + static_cast<size_t>(word(kFormulaLength)));
+    found.push_back({word(kFormulaRow) + 1,
+                     word(kFormulaColumn) + 1,
+                     {record.begin() + kFormulaTokens, record.begin() + static_cast<std::ptrdiff_t>(end)}});
+  }
+  return found;
+}
+
+void Workbook::InsertRow(int sheet, int row) {
+  Check(XLInsertRow(&buffer_, table_, &size_, static_cast<int16_t>(sheet), static_cast<int16_t>(row)),
+        "the row can't be inserted");
 }
 
 bool Workbook::Put(int sheet, int row, int column, VARIANT* value) {

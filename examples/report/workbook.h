@@ -46,6 +46,13 @@ struct Patches {
   int ends = 0;     // the end of the stream
 };
 
+// A formula cell: its place, 1-based, and the bytes of its tokens.
+struct Formula {
+  int row = 0;
+  int column = 0;
+  std::vector<uint8_t> tokens;
+};
+
 class Workbook {
  public:
   // Opens a workbook. Nobody else may have it open meanwhile; it is closed again when this returns.
@@ -64,6 +71,7 @@ class Workbook {
   bool IsWorksheet(int sheet) const;
   Sheet ReadSheet(int sheet) const;
   Patches CountPatches() const;
+  std::vector<Formula> Formulas(int sheet) const;
 
   // Each of these gives false where the workbook has no room for the cell: it has to lie inside the used
   // range, in a row that the workbook describes.
@@ -72,6 +80,9 @@ class Workbook {
   bool PutNothing(int sheet, int row, int column);
   bool PutFormat(int sheet, int row, int column, int xf);
 
+  // Opens an empty row: the cells from `row` on move down by one, and the sheet's formulas follow.
+  void InsertRow(int sheet, int row);
+
   // Saves into `path`: into the place of the workbook in a file that is there, else as a new file.
   void Save(const std::filesystem::path& path);
 
@@ -79,6 +90,7 @@ class Workbook {
   bool Put(int sheet, int row, int column, VARIANT* value);
   void ReadValues(int sheet, Sheet* into) const;
   void ReadFormats(int sheet, Sheet* into) const;
+  std::vector<std::vector<uint8_t>> Records() const;
 
   uint32_t buffer_ = 0;
   uint32_t size_ = 0;

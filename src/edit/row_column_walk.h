@@ -74,9 +74,9 @@ void AddToU16(const Block& block, uint32_t at, int16_t step);
 // Adds `step` to the word at `at` when it is at least `from`.
 void MoveFrom(const Block& block, uint32_t at, int16_t from, int16_t step);
 
-// Adjusts the formula of an ARRAY, FORMULA or SHRFMLA record; any other record is left. The formula is confined to its record: read by
-// BIFF5's layout, the fields of a BIFF8 formula can lie behind it, and there they read as zero and are not written. The records of the
-// sheet stay whole.
+// Adjusts the formula of an ARRAY, FORMULA or SHRFMLA record; any other record is left. The formula is confined
+// to its record's payload: read by BIFF5's layout, the fields of a BIFF8 formula can lie behind it, and there they
+// read as zero and are not written. The records around it stay whole.
 void AdjustFormulaOfRecord(const Block& block, uint32_t at, int16_t position, AdjustMode mode);
 
 }  // namespace tolvenar

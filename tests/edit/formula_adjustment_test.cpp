@@ -82,6 +82,11 @@ TEST_F(FormulaAdjustment, ExpAndTbl_MoveTheOneFieldOfTheAxis) {
   }
 }
 
+TEST_F(FormulaAdjustment, Exp_ComparesSigned) {
+  for (AdjustMode mode : {kRowIn, kRowDel, kColIn, kColDel})
+    EXPECT_EQ(Adjusted(Exp(0x8005, 0x8005), 3, mode), (Outcome{1, Exp(0x8005, 0x8005)}));
+}
+
 TEST_F(FormulaAdjustment, Exp_HasNoFlags) {
   EXPECT_EQ(Adjusted(Exp(0x4003, 0x4003), 9, kRowIn), (Outcome{1, Exp(0x4004, 0x4003)}));
   EXPECT_EQ(Adjusted(Exp(0x4003, 0x4003), 9, kColDel), (Outcome{1, Exp(0x4003, 0x4002)}));

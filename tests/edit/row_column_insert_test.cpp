@@ -156,15 +156,6 @@ TEST_F(InsertRowTest, FormulasFollow_InAllThreeRecords) {
   EXPECT_READS_AS(sheet(7, 4, 10));
 }
 
-TEST_F(InsertRowTest, FormulaThatPromisesMoreThanItsRecord_ChangesWhatFollows_NotWhatIsOutside) {
-  // The length says 0x7FFF; the tokens run through the next records to the end of the block.
-  Load(EndSheet(Book()
-                    .Dimensions(0, 3, 0, 5)
-                    .Record(0x0006, U16(0) + U16(0) + U16(15) + Bytes(14) + U16(0x7FFF) + Ref(9, 1))));
-  EXPECT_EQ(Run(XLInsertRow, 3), 0);
-  EXPECT_EQ(LiveBlocks(), 2u);
-}
-
 TEST_F(InsertRowTest, NoBlockForTheRow_Gives3_AfterEverythingHasMoved) {
   Load(EndSheet(Book().Dimensions(0, 3, 0, 5).Row(1).Number(1, 0, 15, 1.0)));
   while (MEMORYALLOC(1) != 0) {

@@ -80,9 +80,11 @@ class Formula:
 
     def array_size(self, offset):
         size = 4
-        for _ in range(max(signed(self.u16(offset + 2) * (self.u8(offset + 1) or 256)), 0)):
+        left = max(signed(self.u16(offset + 2) * (self.u8(offset + 1) or 256)), 0)
+        while left and self.start + offset + size < len(self.data):
+            left -= 1
             size += 9 if self.u8(offset + size) == 1 else self.u8(offset + size + 1) + 2
-        return size
+        return size + 2 * left  # outside of the payload all elements are empty texts
 
     def kill(self, offset, base):
         token = self.u8(offset)
@@ -150,7 +152,10 @@ class Formula:
             self.kill(offset, base)
 
     def rectangles(self):
-        for index in range((self.length - self.remaining + 5) // 6):
+        # Those that lie in the payload, wholly or in part: a misread count can promise thousands of others.
+        first = max((-self.start - self.remaining) // 6, 0)
+        behind = (len(self.data) - self.start - self.remaining + 5) // 6
+        for index in range(first, min((self.length - self.remaining + 5) // 6, behind)):
             place = self.remaining + 6 * index
             if self.rows:
                 first, last, _ = self.span(signed(self.u16(place)), signed(self.u16(place + 2)))
@@ -163,7 +168,7 @@ class Formula:
 
     def adjust(self):
         offset = 0
-        while offset < min(self.remaining, self.length):
+        while offset < min(self.remaining, self.length) and self.start + offset < len(self.data):  # behind it, zeros: nothing
             base = self.base(offset)
             if base in (1, 2):
                 self.exp(offset)
