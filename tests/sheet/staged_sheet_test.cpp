@@ -219,6 +219,50 @@ TEST_F(StagedSheetTest, Slice_NoColumnsOrNoRows_Nothing) {
   EXPECT_EQ(LiveBlocks(), 1u);
 }
 
+TEST_F(StagedSheetTest, InSlices_ReservationOfExactlyTheCapacity_Stays_OneRowMoreMoves) {
+  const uint32_t rows_at = kEmptyBiff8 + 18 + kStagedHead8 + kDimensionsBytes;
+  for (const uint32_t rows : {4849u, 4850u}) {
+    NewBook(8);
+    ASSERT_EQ(AppendVariantSheet1(&buffer, &size, "Monday"), 1);
+    const uint32_t spliced = MEMORYSIZE(buffer);
+    EXPECT_EQ(CreateVariantSheet1A(&buffer, &size, 1, static_cast<int32_t>(rows), &position), 0);
+    EXPECT_EQ(position, rows_at + rows * kRowBytes);
+    EXPECT_EQ(size, 100000 + (rows - 4849) * kRowBytes);
+    EXPECT_EQ(MEMORYISHANDLE(buffer), rows == 4849 ? 5 : 6);
+    EXPECT_EQ(MEMORYSIZE(buffer), rows == 4849 ? spliced : size + 4096);
+    MEMORYFREE(&buffer);
+  }
+}
+
+TEST_F(StagedSheetTest, HeadAndTailGrowTheBuffer_TheNominalSizeFollows) {
+  BiffVersion = 5;
+  buffer = MEMORYALLOC(256);
+  size = 100;
+  EXPECT_EQ(CreateVariantSheet1(&buffer, &size, &position), 0);
+  EXPECT_EQ(MEMORYISHANDLE(buffer), 5) << "256 + 32767 is too much for slot 4";
+  EXPECT_EQ(position, 100 + kStagedHead5);
+  EXPECT_EQ(size, 100u + 32767);
+  position = 99980;
+  EXPECT_EQ(CreateVariantSheet3(&buffer, &size, &position), 0);
+  EXPECT_EQ(MEMORYISHANDLE(buffer), 6);
+  EXPECT_EQ(size, 99980 + kTailBiff5) << "the true end again";
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+// BOF, row height and column width are all that is served then.
+TEST_F(StagedSheetTest, NoGeneration_TheRangeInSlicesIsBiff5s_InOneGoItIsEmpty) {
+  BiffVersion = 0;
+  buffer = MEMORYALLOC(4096);
+  size = 0;
+  EXPECT_EQ(CreateVariantSheet1A(&buffer, &size, 3, 1, &position), 0);
+  EXPECT_EQ(position, 12u + 8 + 6 + kDimensionsBytes + kRowBytes);
+  EXPECT_EQ(Hex(BlockContents(buffer, 44)).substr(3 * 26),
+            "00 02 0E 00 00 00 02 00 00 00 04 00 00 00 00 00 00 00 ");
+  position = 0;
+  EXPECT_EQ(CreateVariantSheet2(&buffer, &size, &position, 3, 0, nullptr, nullptr), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer, 18)), "00 02 0E 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 ");
+}
+
 // The reservation of CreateVariantSheet2 asks for what is missing alone, which the slot has already.
 TEST_F(StagedSheetTest, InOneGo_ReservationKeepsTheSlot_RowsThatDontFitGrowIt) {
   Splice(5);
