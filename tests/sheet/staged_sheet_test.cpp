@@ -209,6 +209,20 @@ TEST_F(StagedSheetTest, Range_NegativeRows_OneRowInOneGo_65535InSlices) {
   EXPECT_EQ(RecordsOfType(0x0208).size(), 65535u);
 }
 
+TEST_F(StagedSheetTest, Slice_PlacesAndCountsAre16BitsWithoutASign) {
+  Splice(5);
+  CreateVariantSheet1A(&buffer, &size, 1, 1, &position);
+  const uint32_t before = position;
+  EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 40000, 1, nullptr, nullptr), 0);
+  EXPECT_EQ(position, before + 40000 * 10);
+  EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 65535, 65535, 2, 2, nullptr, nullptr), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer, position)).substr(3 * (position - 40)),
+            "01 02 06 00 FF FF FF FF 00 00 "
+            "01 02 06 00 00 00 FF FF 00 00 "
+            "01 02 06 00 FF FF 00 00 00 00 "
+            "01 02 06 00 00 00 00 00 00 00 ");
+}
+
 TEST_F(StagedSheetTest, Slice_NoColumnsOrNoRows_Nothing) {
   Splice(5);
   CreateVariantSheet1A(&buffer, &size, 1, 1, &position);
@@ -346,6 +360,17 @@ TEST_F(StagedSheetTest, Zembler_NoBlockForTheRecord_NothingIsWritten) {
   while (MEMORYALLOC(1) != 0) continue;
   EXPECT_EQ(AddZemblerRecord(&buffer, &size), 0);
   EXPECT_EQ(size, kEmptyBiff5);
+}
+
+TEST_F(StagedSheetTest, NoBuffer_Minus2_TheSizeIsSetAllTheSame) {
+  for (const uint32_t none : {0u, 0x12345678u}) {
+    buffer = none;
+    size = 50;
+    EXPECT_EQ(AppendVariantSheet1(&buffer, &size, "Data"), -2);
+    EXPECT_EQ(buffer, none);
+    EXPECT_EQ(size, 50u + 16);
+    EXPECT_EQ(LiveBlocks(), 0u);
+  }
 }
 
 TEST_F(StagedSheetTest, NullPointers) {
