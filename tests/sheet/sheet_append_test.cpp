@@ -1,6 +1,7 @@
 // XLAppendSheet and XLAppendFullSheet: the bytes of a new sheet and its place in the workbook.
 #include "sheet/sheet_append.h"
 
+#include "query/sheet_size.h"
 #include "sheet/sheet_fixture.h"
 
 namespace tolvenar::testing {
@@ -111,6 +112,22 @@ TEST_F(SheetAppendTest, ZeroAndNegativeCounts_NoRow_DimensionsSayOneMore) {
               "00 02 0E 00 " + Hex(U16(0) + U16(static_cast<uint16_t>(count + 1)) + U16(0) +
                                    U16(static_cast<uint16_t>(count + 1)) + Bytes(6)));
     MEMORYFREE(&buffer);
+  }
+}
+
+TEST_F(SheetAppendTest, RangeReadsBackOneLargerInEachDirection) {
+  for (int32_t selector : {5, 8}) {
+    NewBook(selector);
+    ASSERT_EQ(XLAppendSheet(&buffer, &size, "Data", 3, 2), 1);
+    uint32_t table = 0;
+    ASSERT_EQ(XLLocateSheets(buffer, &table, size), 0);
+    uint16_t range[4] = {};
+    EXPECT_EQ(XLGetSheetSize(buffer, table, 1, &range[0], &range[1], &range[2], &range[3]), 0);
+    EXPECT_EQ(range[0], 1u);
+    EXPECT_EQ(range[1], 3u);
+    EXPECT_EQ(range[2], 1u);
+    EXPECT_EQ(range[3], 4u);
+    MEMORYFREEALL();
   }
 }
 

@@ -175,6 +175,17 @@ TEST_F(SheetPoolTest, RefreshHasNoBlock_Minus7_TableReleased) {
   EXPECT_EQ(LiveBlocks(), foreign + 1) << "the new buffer";
 }
 
+// What the refresh would have replaced is still there to be seen.
+TEST_F(SheetPoolTest, BufEndBehindTheSize_AFullSheetsHasNoHighByte) {
+  BookInSlot(4, {1, 5});
+  EXPECT_EQ(XLAppendSheet(&buffer, &size, "Data", 1, 2000), -7);
+  EXPECT_EQ(Hex(BlockContents(buffer, size + 4)).substr(3 * size), "F8 FE 00 00 ");
+  MEMORYFREEALL();
+  BookInSlot(4, {1, 5});
+  EXPECT_EQ(XLAppendFullSheet(&buffer, &size, "Data", 0, 2000, nullptr), -7);
+  EXPECT_EQ(Hex(BlockContents(buffer, size + 4)).substr(3 * size), "F8 00 00 00 ");
+}
+
 TEST_F(SheetPoolTest, LocateFails_Minus8_BufferIsZero) {
   StreamBuilder book;  // a BOUNDSHEET behind the first run leads nowhere
   book.Bof(5)
@@ -224,6 +235,36 @@ TEST_F(StagedPoolTest, Sheet1A_NoRoomForTheRows) {
 TEST_F(StagedPoolTest, Sheet1A_HeadCantGrow) {
   FullBuffer(32900);
   EXPECT_EQ(CreateVariantSheet1A(&buffer, &size, 1, 1, &position), -2);
+  ExpectReleased();
+}
+
+// Without any block the head comes out empty without a word; the ROW's template is the first that counts.
+TEST_F(StagedPoolTest, Sheet1A_RowTemplateIsMissing) {
+  FullBuffer(kOpen);
+  while (MEMORYALLOC(1) != 0) ++foreign;
+  EXPECT_EQ(CreateVariantSheet1A(&buffer, &size, 1, 5, &position), -2);
+  EXPECT_EQ(size, kOpen) << "nothing was reserved yet";
+  EXPECT_EQ(position, kOpen);
+  ExpectReleased();
+}
+
+TEST_F(StagedPoolTest, Sheet2_RowTemplateIsMissing) {
+  FullBuffer(kOpen);
+  while (MEMORYALLOC(1) != 0) ++foreign;
+  EXPECT_EQ(CreateVariantSheet2(&buffer, &size, &position, 1, 5, nullptr, nullptr), -2);
+  EXPECT_EQ(size, kOpen);
+  ExpectReleased();
+}
+
+// The templates are asked for before the counts are looked at.
+TEST_F(StagedPoolTest, TemplatesAreMissing_AlsoWhenThereIsNothingToWrite) {
+  FullBuffer(kOpen);
+  EXPECT_EQ(CreateVariantSheet2(&buffer, &size, &position, 0, 0, nullptr, nullptr), -2);
+  EXPECT_EQ(position, kOpen + kDimensionsBytes + kRowBytes);
+  ExpectReleased();
+  MEMORYFREEALL();
+  FullBuffer(kOpen);
+  EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 0, 0, nullptr, nullptr), -2);
   ExpectReleased();
 }
 

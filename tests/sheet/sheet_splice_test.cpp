@@ -161,6 +161,17 @@ TEST_F(SheetSpliceTest, Splice_SelectsTheNewSheetInTheRecordsThatCount) {
   EXPECT_EQ(Hex(RecordsOfType(0x103E).at(0).bytes).substr(12), Hex(Bytes(10, 0xAA)));
 }
 
+TEST_F(SheetSpliceTest, Splice_WhatStandsBehindTheSizeIsNotTouched) {
+  StreamBuilder book;
+  book.Bof(5).Sheet("One").Eof().Bof(5, kWorksheet).Eof();
+  const uint32_t end = book.Here();
+  Load(book.Record(0x003D, Bytes(18, 0xAA)).Record(0x023E, Bytes(10, 0xAA)));
+  size = end;
+  const Bytes behind = BlockContents(buffer, end + 36);
+  ASSERT_EQ(SpliceSheet(&buffer, &size, "New").failure, 0);
+  EXPECT_EQ(Hex(BlockContents(buffer, end + 36)), Hex(behind));
+}
+
 TEST_F(SheetSpliceTest, Splice_NoPoolBlock_NothingChangesButTheSizeItReports) {
   Load(StreamBuilder().Bof(5).Sheet("One").Record(0x003D, Bytes(18, 0xAA)).Eof().Bof(5, kWorksheet).Eof());
   const Bytes before = BlockContents(buffer, size);

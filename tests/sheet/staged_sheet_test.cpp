@@ -209,6 +209,20 @@ TEST_F(StagedSheetTest, Range_NegativeRows_OneRowInOneGo_65535InSlices) {
   EXPECT_EQ(RecordsOfType(0x0208).size(), 65535u);
 }
 
+TEST_F(StagedSheetTest, Slice_PlacesAndCountsAre16BitsWithoutASign) {
+  Splice(5);
+  CreateVariantSheet1A(&buffer, &size, 1, 1, &position);
+  const uint32_t before = position;
+  EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 40000, 1, nullptr, nullptr), 0);
+  EXPECT_EQ(position, before + 40000 * 10);
+  EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 65535, 65535, 2, 2, nullptr, nullptr), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer, position)).substr(3 * (position - 40)),
+            "01 02 06 00 FF FF FF FF 00 00 "
+            "01 02 06 00 00 00 FF FF 00 00 "
+            "01 02 06 00 FF FF 00 00 00 00 "
+            "01 02 06 00 00 00 00 00 00 00 ");
+}
+
 TEST_F(StagedSheetTest, Slice_NoColumnsOrNoRows_Nothing) {
   Splice(5);
   CreateVariantSheet1A(&buffer, &size, 1, 1, &position);
@@ -217,6 +231,50 @@ TEST_F(StagedSheetTest, Slice_NoColumnsOrNoRows_Nothing) {
   EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 5, 0, nullptr, nullptr), 0);
   EXPECT_EQ(position, before);
   EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_F(StagedSheetTest, InSlices_ReservationOfExactlyTheCapacity_Stays_OneRowMoreMoves) {
+  const uint32_t rows_at = kEmptyBiff8 + 18 + kStagedHead8 + kDimensionsBytes;
+  for (const uint32_t rows : {4849u, 4850u}) {
+    NewBook(8);
+    ASSERT_EQ(AppendVariantSheet1(&buffer, &size, "Monday"), 1);
+    const uint32_t spliced = MEMORYSIZE(buffer);
+    EXPECT_EQ(CreateVariantSheet1A(&buffer, &size, 1, static_cast<int32_t>(rows), &position), 0);
+    EXPECT_EQ(position, rows_at + rows * kRowBytes);
+    EXPECT_EQ(size, 100000 + (rows - 4849) * kRowBytes);
+    EXPECT_EQ(MEMORYISHANDLE(buffer), rows == 4849 ? 5 : 6);
+    EXPECT_EQ(MEMORYSIZE(buffer), rows == 4849 ? spliced : size + 4096);
+    MEMORYFREE(&buffer);
+  }
+}
+
+TEST_F(StagedSheetTest, HeadAndTailGrowTheBuffer_TheNominalSizeFollows) {
+  BiffVersion = 5;
+  buffer = MEMORYALLOC(256);
+  size = 100;
+  EXPECT_EQ(CreateVariantSheet1(&buffer, &size, &position), 0);
+  EXPECT_EQ(MEMORYISHANDLE(buffer), 5) << "256 + 32767 is too much for slot 4";
+  EXPECT_EQ(position, 100 + kStagedHead5);
+  EXPECT_EQ(size, 100u + 32767);
+  position = 99980;
+  EXPECT_EQ(CreateVariantSheet3(&buffer, &size, &position), 0);
+  EXPECT_EQ(MEMORYISHANDLE(buffer), 6);
+  EXPECT_EQ(size, 99980 + kTailBiff5) << "the true end again";
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+// BOF, row height and column width are all that is served then.
+TEST_F(StagedSheetTest, NoGeneration_TheRangeInSlicesIsBiff5s_InOneGoItIsEmpty) {
+  BiffVersion = 0;
+  buffer = MEMORYALLOC(4096);
+  size = 0;
+  EXPECT_EQ(CreateVariantSheet1A(&buffer, &size, 3, 1, &position), 0);
+  EXPECT_EQ(position, 12u + 8 + 6 + kDimensionsBytes + kRowBytes);
+  EXPECT_EQ(Hex(BlockContents(buffer, 44)).substr(3 * 26),
+            "00 02 0E 00 00 00 02 00 00 00 04 00 00 00 00 00 00 00 ");
+  position = 0;
+  EXPECT_EQ(CreateVariantSheet2(&buffer, &size, &position, 3, 0, nullptr, nullptr), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer, 18)), "00 02 0E 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 ");
 }
 
 // The reservation of CreateVariantSheet2 asks for what is missing alone, which the slot has already.
@@ -302,6 +360,17 @@ TEST_F(StagedSheetTest, Zembler_NoBlockForTheRecord_NothingIsWritten) {
   while (MEMORYALLOC(1) != 0) continue;
   EXPECT_EQ(AddZemblerRecord(&buffer, &size), 0);
   EXPECT_EQ(size, kEmptyBiff5);
+}
+
+TEST_F(StagedSheetTest, NoBuffer_Minus2_TheSizeIsSetAllTheSame) {
+  for (const uint32_t none : {0u, 0x12345678u}) {
+    buffer = none;
+    size = 50;
+    EXPECT_EQ(AppendVariantSheet1(&buffer, &size, "Data"), -2);
+    EXPECT_EQ(buffer, none);
+    EXPECT_EQ(size, 50u + 16);
+    EXPECT_EQ(LiveBlocks(), 0u);
+  }
 }
 
 TEST_F(StagedSheetTest, NullPointers) {

@@ -46,6 +46,16 @@ constexpr XfCase kXfCases[] = {
     {"horizontal cut", &XfValues::horizontal, 8, "00 00 00 00 01 00 00 10 09 20 00 00 00 00 00 00 "},
     {"vertical", &XfValues::vertical, 5, "00 00 00 00 01 00 50 10 09 20 00 00 00 00 00 00 "},
     {"orientation", &XfValues::orientation, 3, "00 00 00 00 01 00 00 13 09 20 00 00 00 00 00 00 "},
+    {"vertical cut", &XfValues::vertical, 8, "00 00 00 00 01 00 00 10 09 20 00 00 00 00 00 00 "},
+    {"orientation cut", &XfValues::orientation, 4, "00 00 00 00 01 00 00 10 09 20 00 00 00 00 00 00 "},
+    {"fill cut", &XfValues::fill_pattern, 0x6A, "00 00 00 00 01 00 00 50 88 04 2A 00 00 00 00 00 "},
+    {"background cut", &XfValues::background, 130, "00 00 00 00 01 00 00 50 0A 20 00 00 00 00 00 00 "},
+    {"bottom style cut", &XfValues::bottom_style, 9, "00 00 00 00 01 00 00 30 09 20 40 10 00 00 00 00 "},
+    {"top style cut", &XfValues::top_style, 9, "00 00 00 00 01 00 00 30 09 20 00 00 01 10 00 00 "},
+    {"left style cut", &XfValues::left_style, 9, "00 00 00 00 01 00 00 30 09 20 00 00 08 00 08 00 "},
+    {"right style cut", &XfValues::right_style, 9, "00 00 00 00 01 00 00 30 09 20 00 00 40 00 00 04 "},
+    {"top colour alone", &XfValues::top_colour, 9, "00 00 00 00 01 00 00 10 09 20 00 00 00 00 00 00 "},
+    {"right colour alone", &XfValues::right_colour, 9, "00 00 00 00 01 00 00 10 09 20 00 00 00 00 00 00 "},
     {"fill", &XfValues::fill_pattern, 0x2A, "00 00 00 00 01 00 00 50 88 04 2A 00 00 00 00 00 "},
     {"negative fill", &XfValues::fill_pattern, -1, "00 00 00 00 01 00 00 10 09 20 00 00 00 00 00 00 "},
     {"pattern colour alone", &XfValues::pattern_colour, 9,
@@ -79,6 +89,15 @@ TEST_F(XfRecordTest, AllValues) {
   // Words: 7D75, bg 18 << 7 | 17, 01 | 2 << 6 | 28 << 9, 3 | 4 << 3 | 5 << 6 | 29 << 9, 30 | 31 << 7.
   const XfValues values = {1, 2, 5, 7, 1, 1, 9, 10, 2, 3, 4, 5, 20, 21, 22, 23};
   EXPECT_EQ(XfOf(values), "E0 00 10 00 01 00 02 00 01 00 75 7D 11 09 81 38 63 3B 9E 0F ");
+}
+
+TEST_F(XfRecordTest, ColoursOfAFill_AreCutToSixAndSevenBits) {
+  BiffVersion = 5;
+  XfValues values = Plain();
+  values.fill_pattern = 1;
+  values.background = 60;       // 68 in six bits is 4
+  values.pattern_colour = 127;  // 135 in seven bits is 7
+  EXPECT_EQ(XfOf(values), "E0 00 10 00 00 00 00 00 01 00 00 50 07 02 01 00 00 00 00 00 ");
 }
 
 TEST_F(XfRecordTest, BordersThatAddUpToNothing_LeaveTheirBitClear) {
