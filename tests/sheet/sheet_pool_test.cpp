@@ -90,6 +90,7 @@ TEST_F(SheetPoolTest, FromArrays_FourAndSixteenBytesACell) {
   MEMORYFREEALL();
   BookInSlot(4, {1, 2});
   EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 64, 1, nullptr, nullptr), -5);
+  EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 33, 1, nullptr, nullptr), -5);
   EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 32, 1, nullptr, nullptr), -4);
   EXPECT_EQ(size, kBookSize);
   EXPECT_EQ(LiveBlocks(), foreign + 1);
