@@ -81,6 +81,21 @@ TEST_F(SheetPoolTest, EachNumberOfBlocksTaken_FromArrays) {
   }
 }
 
+// 64 cells take 256 and 1024 bytes, which fit the slots 1 and 3 to the byte; 65 cells do not. What is missing
+// behind them is the new buffer.
+TEST_F(SheetPoolTest, FromArrays_FourAndSixteenBytesACell) {
+  BookInSlot(4, {1, 3});
+  EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 64, 1, nullptr, nullptr), -4);
+  EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 65, 1, nullptr, nullptr), -5);
+  MEMORYFREEALL();
+  BookInSlot(4, {1, 2});
+  EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 64, 1, nullptr, nullptr), -5);
+  EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 33, 1, nullptr, nullptr), -5);
+  EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 32, 1, nullptr, nullptr), -4);
+  EXPECT_EQ(size, kBookSize);
+  EXPECT_EQ(LiveBlocks(), foreign + 1);
+}
+
 TEST_F(SheetPoolTest, EachNumberOfBlocksTaken_InStages) {
   // Three templates beside the buffer: with six taken one of them is missing, the buffer is released.
   for (uint32_t taken = 0; taken < 9; ++taken) {

@@ -70,6 +70,16 @@ TEST_F(LabelRecordTest, WideBiff8_OptionByteInFrontOfTheText) {
   EXPECT_EQ(Made(record, size), "04 02 0C 00 02 01 04 03 06 05 03 00 00 41 42 5A ");
 }
 
+TEST_F(LabelRecordTest, NoGeneration_NoOptionByte) {
+  BiffVersion = 0;
+  const uint32_t record = MakeLabelRecordWide(&size, 1, 2, 3, u"A");
+  EXPECT_EQ(Made(record, size), "04 02 09 00 01 00 02 00 03 00 01 00 41 ");
+  const uint32_t shell = AllocLabelRecord(100, 0, 0, 0);
+  FillLabelRecord(Shell(shell), &size, 1, 2, 3, u"A");
+  EXPECT_EQ(size, 13u);
+  EXPECT_EQ(Hex(BlockContents(shell, 13)), "04 02 09 00 01 00 02 00 03 00 01 00 41 ");
+}
+
 TEST_F(LabelRecordTest, WideEmpty) {
   BiffVersion = 6;
   const uint32_t record = MakeLabelRecordWide(&size, 1, 2, 3, OLESTR(""));
@@ -109,7 +119,9 @@ TEST_F(LabelRecordTest, Shell_HeaderCellAndNoText) {
 }
 
 TEST_F(LabelRecordTest, Shell_IsAtMost32767Bytes) {
-  EXPECT_EQ(MEMORYSIZE(AllocLabelRecord(40000, 0, 0, 0)), 32767u);
+  const uint32_t shell = AllocLabelRecord(40000, 0, 0, 0);
+  EXPECT_EQ(MEMORYSIZE(shell), 32767u);
+  EXPECT_EQ(U16At(OpenBlock(shell), 2), 32763u) << "the length is that of the clamped size";
   EXPECT_EQ(MEMORYSIZE(AllocLabelRecord(32767, 0, 0, 0)), 32767u);
   EXPECT_EQ(MEMORYSIZE(AllocLabelRecord(32766, 0, 0, 0)), 32766u);
 }
