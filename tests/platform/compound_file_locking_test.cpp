@@ -280,7 +280,7 @@ TEST_F(CompoundLocking, FileThatTheUserMayNotWrite_IsRefused) {
   const Unprivileged user;
   if (!user.Changed()) GTEST_SKIP() << "NOT TESTED: root can't become another user here";
   OpenFile file;
-  for (mode_t mode : {0444, 0666}) {
+  for (const mode_t mode : {mode_t{0444}, mode_t{0666}}) {
     SCOPED_TRACE(mode);
     static_cast<void>(seteuid(0));
     ASSERT_EQ(chmod(path.c_str(), mode), 0);
