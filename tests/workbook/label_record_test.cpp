@@ -72,10 +72,10 @@ TEST_F(LabelRecordTest, WideBiff8_OptionByteInFrontOfTheText) {
 
 TEST_F(LabelRecordTest, NoGeneration_NoOptionByte) {
   BiffVersion = 0;
-  const uint32_t record = MakeLabelRecordWide(&size, 1, 2, 3, u"A");
+  const uint32_t record = MakeLabelRecordWide(&size, 1, 2, 3, OLESTR("A"));
   EXPECT_EQ(Made(record, size), "04 02 09 00 01 00 02 00 03 00 01 00 41 ");
   const uint32_t shell = AllocLabelRecord(100, 0, 0, 0);
-  FillLabelRecord(Shell(shell), &size, 1, 2, 3, u"A");
+  FillLabelRecord(Shell(shell), &size, 1, 2, 3, OLESTR("A"));
   EXPECT_EQ(size, 13u);
   EXPECT_EQ(Hex(BlockContents(shell, 13)), "04 02 09 00 01 00 02 00 03 00 01 00 41 ");
 }
