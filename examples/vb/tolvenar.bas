@@ -131,3 +131,22 @@ Public Declare Function CreateVariantSheet3 Lib "tolvenar.dll" (ByRef buffer As 
 Public Declare Function AppendVariantSheet2 Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
     ByVal sheet As Integer) As Integer
 Public Declare Function AddZemblerRecord Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long) As Integer
+
+' ---- Styles ----
+
+Public Declare Function XLGetNumFormatItems Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal kind As Integer) As Integer
+Public Declare Function XLGetFormatData Lib "tolvenar.dll" (ByRef items() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal kind As Integer) As Integer
+Public Declare Function XLGetColorData Lib "tolvenar.dll" (ByRef colours() As Any, ByVal buffer As Long, _
+    ByVal table As Long) As Integer
+Public Declare Function XLGetStandardPalette Lib "tolvenar.dll" (ByRef colours() As Any) As Integer
+
+' ---- Row heights, column widths, zoom ----
+
+Public Declare Function XLGetRowHeight Lib "tolvenar.dll" (ByRef heights() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer) As Integer
+Public Declare Function XLGetColWidth Lib "tolvenar.dll" (ByRef widths() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer) As Integer
+Public Declare Function XLGetMagnification Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer) As Double

@@ -473,6 +473,53 @@ TOLVENAR_API int16_t TOLVENAR_CALL AppendVariantSheet2(uint32_t* buffer, uint32_
  * *buffer is 0 and *size 0xFFFFFFFF. */
 TOLVENAR_API int16_t TOLVENAR_CALL AddZemblerRecord(uint32_t* buffer, uint32_t* size);
 
+/* ---- Styles --------------------------------------------------------------------------------
+ *
+ * The style tables of a workbook, by kind: 0 XF, 1 FONT, 2 FORMAT, 3 colours of the palette. Of the fonts, number 4 does not
+ * exist: the fifth FONT record is font 5, and a list of fonts has an element 4 that is never filled. A list of formats ends with
+ * the built-in ones, 17 in BIFF5 and 36 in BIFF8. */
+
+/* Counts the items of a kind. Result: the count, what does not exist and what is built in included; 0 for a null table, a null
+ * buffer or an unknown kind. */
+TOLVENAR_API uint16_t TOLVENAR_CALL XLGetNumFormatItems(uint32_t buffer, uint32_t table, int16_t kind);
+
+/* Makes an item block of each XF, FONT or FORMAT: u16 length, then the record's payload, which the functions below read.
+ *   items  an array of 32-bit integers from 0 to the count - 1, for the handles; release each with MEMORYFREE
+ * The pool's nine blocks are the limit. The format index of an XF becomes the format's place in the list of formats, from 1 on, or
+ * 0; texts of FORMAT records are softened for display ("?" to "0", "*" and "_" to blanks). With kind 3 no item is made: see
+ * XLGetColorData.
+ * Result: 1 no items; 21 no pool block for the list of formats; 4 not one dimension; 5 the array does not reach from 0 to
+ * count - 1; 6, 11 can't happen; 8 no pool block for an item, 10 none for a built-in format (what was put stands, and
+ * its blocks are live); 0 done. After 4, 5 and 8 of XFs a block of the pool stays taken. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetFormatData(SAFEARRAY** items, uint32_t buffer, uint32_t table,
+                                                   int16_t kind);
+
+/* Puts the colours of the workbook's palette into an array of 32-bit integers from 0 to the count - 1: red in the low byte, then
+ * green, then blue. Result: 1 no palette; 4 not one dimension; 5 the array does not fit; 6, 11 can't happen; 0 done. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetColorData(SAFEARRAY** colours, uint32_t buffer, uint32_t table);
+
+/* Puts the 56 standard colours into an array of 32-bit integers from 0 to 55. Result: 4 not one dimension; 5 the array does not
+ * reach from 0 to 55; 0 done. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetStandardPalette(SAFEARRAY** colours);
+
+/* ---- Row heights, column widths, zoom ------------------------------------------------------
+ *
+ * Result of the readers of heights and widths: 1 null table or no sheets; 2 sheet above a negative count and below 1; 3 no such
+ * sheet, null buffer, or no worksheet; 4 not one dimension; 5 the array, of 16-bit integers, does not reach from exactly 1 to
+ * exactly the last row or column of the used range (any end passes where a sheet tells no range); 6, 7 can't happen; 0 done. */
+
+/* Puts the height of every row, in twips; a ROW record's plus 1, on purpose. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetRowHeight(SAFEARRAY** heights, uint32_t buffer, uint32_t table,
+                                                  int16_t sheet);
+
+/* Puts the width of every column, 120 units a character. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetColWidth(SAFEARRAY** widths, uint32_t buffer, uint32_t table,
+                                                 int16_t sheet);
+
+/* Result: the zoom of a worksheet or chart sheet as a ratio, 1.0 when none is stated; -1.0 null table; -2.0 no such sheet; -3.0
+ * null buffer; -5.0 globals; -6.0 Visual Basic module; -7.0 macro sheet; -8.0 workspace. */
+TOLVENAR_API double TOLVENAR_CALL XLGetMagnification(uint32_t buffer, uint32_t table, int16_t sheet);
+
 #ifdef __cplusplus
 }
 #endif
