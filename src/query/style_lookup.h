@@ -72,9 +72,11 @@ struct XfIndValues {
 // RESULT below 0: -6 null table; -11 null buffer; -3 no pool block; -4 PatchRecord failed.
 int16_t XLGetXFInd(uint32_t* buffer, uint32_t table, uint32_t* size, const XfIndValues& xf);
 
-// Index of the XF that MakeXfRecord makes of the values. An XF matches only byte for byte, header included, and with
-// an options word of 1, whatever locked and hidden say, on purpose. In BIFF8 the 24 bytes of the made record
-// count, four beyond its own end, so that XFs from a file, of 20 bytes, never match.
+// Index of the XF that MakeXfRecord makes of the values. An XF matches only byte for byte, header included, and
+// with an options word of 1, whatever locked and hidden say, on purpose. In BIFF8 the 24 bytes of the made
+// record count: its own 20, and four zeros that the walk takes for an empty record behind it. So XFs from a file
+// never match there, the run of XFs ends with the first one made, and that one is found only as long as no
+// other has been added behind it.
 // RESULT below 0: -6 null table; -11 null buffer; -12 no pool block; -4 PatchRecord failed.
 int16_t XLGetXFIndFull(uint32_t* buffer, uint32_t table, uint32_t* size, const XfValues& values,
                        uint16_t locked, uint16_t hidden);

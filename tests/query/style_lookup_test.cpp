@@ -286,6 +286,19 @@ TEST_F(StyleLookup, FullXf_OfBiff8_NeverMatchesAFiles_ButItsOwn) {
   EXPECT_EQ(size_, size);
 }
 
+// The four bytes behind the first one made become a DETOUR to the second.
+TEST_F(StyleLookup, FullXf_OfBiff8_IsFoundUntilAnotherIsAddedBehindIt) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Record(0x00E0, Bytes(20));
+  LoadBook(stream.Record(0x0293, Bytes(4)), kBiff8);
+  XfValues other = kXf;
+  other.font = 6;
+  EXPECT_EQ(FullXf(kXf), 1);
+  EXPECT_EQ(FullXf(other), 2);
+  EXPECT_EQ(FullXf(other), 2);
+  EXPECT_EQ(FullXf(kXf), 3);
+  EXPECT_EQ(LiveBlocks(), 2u);
+}
+
 TEST_F(StyleLookup, NullArguments) {
   LoadBook(Fonts({"A"}));
   uint32_t none = 0;
