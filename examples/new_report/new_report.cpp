@@ -230,7 +230,7 @@ void ShowResult(const std::string& path) {
 
 void MakeReport(int selector, const std::string& path) {
   NewBook book(selector);
-  // Looked-up records have BIFF5's layout, which other programs don't take in a BIFF8 workbook.
+  // Records that a lookup adds have BIFF5's layout, which is no good in a BIFF8 workbook.
   const Looks looks = selector == 5 ? book.AddLooks() : Looks();
   AddProducts(&book, looks);
   AddOrders(&book, looks);
