@@ -5,7 +5,8 @@
 //
 // The sheet "Orders" has 10,000 rows of texts, dates, counts and amounts, of which only a slice of 500 is in
 // memory at a time; "Products" is small and goes out in one call. Each column has its number format through
-// an XF that every new workbook brings along. Numbers in new sheets have seven digits, dates no time of day;
+// an XF that every new workbook brings along; in the BIFF5 workbook the headers of "Orders" are bold and the
+// amounts have a format of their own, through a font, a format and XFs that are looked up and so added. Numbers in new sheets have seven digits, dates no time of day;
 // docs/new-workbooks.md tells what other programs make of the results.
 //
 // Exit status: 0 all is well; 1 something could not be done, and a sentence says what.
@@ -25,6 +26,12 @@ constexpr uint16_t kCount = 17;    // _(* #,##0_)
 constexpr uint16_t kAmount = 18;   // _("$"* #,##0.00_)
 constexpr uint16_t kPercent = 20;  // 0%
 constexpr uint16_t kDate = 21;     // dd-mmm-yy
+
+// XFs that differ from workbook to workbook.
+struct Looks {
+  uint16_t header = kGeneral;
+  uint16_t amount = kAmount;
+};
 
 constexpr int kOrders = 10000;
 constexpr uint16_t kSlice = 500;
@@ -97,6 +104,20 @@ class NewBook {
     XLFreeHandle(&buffer_);
   }
 
+  // Adds the looks of this report. To be called before the first sheet, since a SheetTable doesn't outlive one.
+  Looks AddLooks() {
+    const int result = XLEmptyBookLocateSheets(buffer_, &table_, static_cast<int32_t>(size_));
+    if (result != 0) buffer_ = 0;  // released by the call
+    Check(result == 0, "The new workbook has no table", result);
+    const int16_t bold = XLGetFont(&buffer_, table_, &size_, "Arial", 0, 200, 700, 0, 0, 0);
+    Check(bold >= 0, "The font can't be had", bold);
+    const int16_t format = XLGetFormat(&buffer_, table_, &size_, "#,##0.00 \"EUR\"");
+    Check(format >= 0, "The number format can't be had", format);
+    const Looks looks = {XfOf(bold, 0), XfOf(0, format)};
+    XLFreeHandle(&table_);
+    return looks;
+  }
+
   // A sheet whose values are all at hand.
   void AddSheet(const char* name, const Values& values, int16_t columns, int16_t rows, const uint16_t* xf) {
     const int result =
@@ -133,6 +154,14 @@ class NewBook {
   }
 
  private:
+  // A locked XF on the automatic background, bottom-aligned.
+  uint16_t XfOf(int16_t font, int16_t format) {
+    const int16_t xf = XLGetXFIndFull(&buffer_, table_, &size_, font, format, 1, 0, 0, 2, 0, 56, 0, 56, 0, 0,
+                                      0, 0, 0, 0, 0, 0);
+    Check(xf >= 0, "The XF can't be had", xf);
+    return static_cast<uint16_t>(xf);
+  }
+
   uint32_t buffer_ = 0;
   uint32_t size_ = 0;
   uint32_t table_ = 0;
@@ -140,7 +169,7 @@ class NewBook {
   int16_t sheet_ = 0;
 };
 
-void AddProducts(NewBook* book) {
+void AddProducts(NewBook* book, const Looks& looks) {
   Values values;
   for (const char* header : {"Product", "Price", "Share"}) values.Text(header);
   for (int i = 0; i < kProductCount; ++i) {
@@ -148,7 +177,7 @@ void AddProducts(NewBook* book) {
     values.Number(kPrices[i]);
     values.Number(kShares[i]);
   }
-  const uint16_t xf[] = {kGeneral, kAmount, kPercent};
+  const uint16_t xf[] = {kGeneral, looks.amount, kPercent};
   book->AddSheet("Products", values, 3, kProductCount + 1, xf);
 }
 
@@ -163,18 +192,19 @@ void AddOrder(Values* values, int order) {
   values->Number(count * kPrices[product]);
 }
 
-void AddOrders(NewBook* book) {
+void AddOrders(NewBook* book, const Looks& looks) {
   constexpr uint16_t kColumns = 5;
-  constexpr uint16_t kGeneralOnly[kColumns] = {kGeneral, kGeneral, kGeneral, kGeneral, kGeneral};
-  constexpr uint16_t kXf[kColumns] = {kGeneral, kDate, kGeneral, kCount, kAmount};
+  const uint16_t h = looks.header;
+  const uint16_t header_xf[kColumns] = {h, h, h, h, h};
+  const uint16_t xf[kColumns] = {kGeneral, kDate, kGeneral, kCount, looks.amount};
   book->BeginSheet("Orders", kColumns, kOrders + 1);
   Values values;
   for (const char* header : {"Order", "Day", "Product", "Count", "Amount"}) values.Text(header);
-  book->AddSlice(0, kColumns, 1, values, kGeneralOnly);
+  book->AddSlice(0, kColumns, 1, values, header_xf);
   for (int first = 0; first < kOrders; first += kSlice) {
     values.Clear();
     for (int order = first; order < first + kSlice; ++order) AddOrder(&values, order);
-    book->AddSlice(static_cast<uint16_t>(first + 1), kColumns, kSlice, values, kXf);
+    book->AddSlice(static_cast<uint16_t>(first + 1), kColumns, kSlice, values, xf);
   }
   book->EndSheet();
 }
@@ -200,8 +230,10 @@ void ShowResult(const std::string& path) {
 
 void MakeReport(int selector, const std::string& path) {
   NewBook book(selector);
-  AddProducts(&book);
-  AddOrders(&book);
+  // Records that a lookup adds have BIFF5's layout, which is no good in a BIFF8 workbook.
+  const Looks looks = selector == 5 ? book.AddLooks() : Looks();
+  AddProducts(&book, looks);
+  AddOrders(&book, looks);
   std::remove(path.c_str());  // a save replaces the stream of an existing file; this is a new one
   book.Save(path);
 }

@@ -131,3 +131,71 @@ Public Declare Function CreateVariantSheet3 Lib "tolvenar.dll" (ByRef buffer As 
 Public Declare Function AppendVariantSheet2 Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
     ByVal sheet As Integer) As Integer
 Public Declare Function AddZemblerRecord Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long) As Integer
+
+' ---- Styles ----
+
+Public Declare Function XLGetNumFormatItems Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal kind As Integer) As Integer
+Public Declare Function XLGetFormatData Lib "tolvenar.dll" (ByRef items() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal kind As Integer) As Integer
+Public Declare Function XLGetColorData Lib "tolvenar.dll" (ByRef colours() As Any, ByVal buffer As Long, _
+    ByVal table As Long) As Integer
+Public Declare Function XLGetStandardPalette Lib "tolvenar.dll" (ByRef colours() As Any) As Integer
+
+' ---- Row heights, column widths, zoom ----
+
+Public Declare Function XLGetRowHeight Lib "tolvenar.dll" (ByRef heights() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer) As Integer
+Public Declare Function XLGetColWidth Lib "tolvenar.dll" (ByRef widths() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer) As Integer
+Public Declare Function XLGetMagnification Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer) As Double
+
+' ---- Fields of an item block ----
+
+Public Declare Function XLFontSize Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLFontColor Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLFontBoldness Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLFontItalic Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLFontStrikeOut Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLFontUnderline Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFFont Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFFormat Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFLocked Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFHidden Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFHAlignment Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFVAlignment Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFRotation Lib "tolvenar.dll" (ByVal block As Long) As Integer
+Public Declare Function XLXFBorderStyle Lib "tolvenar.dll" (ByVal block As Long, ByRef fill As Integer, _
+    ByRef top As Integer, ByRef bottom As Integer, ByRef left As Integer, ByRef right As Integer) As Integer
+Public Declare Function XLXFColors Lib "tolvenar.dll" (ByVal block As Long, ByRef colour1 As Integer, _
+    ByRef colour2 As Integer, ByRef top As Integer, ByRef bottom As Integer, ByRef left As Integer, _
+    ByRef right As Integer) As Integer
+Public Declare Function XLFontName Lib "tolvenar.dll" (ByVal block As Long, ByRef nameArg As String) As Integer
+Public Declare Function XLFormatString Lib "tolvenar.dll" (ByVal block As Long, ByRef textArg As String) As Integer
+
+' ---- Finding or adding a font, a number format, an XF ----
+
+Public Declare Function XLGetFont Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, ByRef size As Long, _
+    ByVal nameArg As String, ByVal colour As Integer, ByVal height As Integer, ByVal boldness As Integer, _
+    ByVal italic As Integer, ByVal underline As Integer, ByVal strikeout As Integer) As Integer
+Public Declare Function XLGetFormat Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long, ByVal textArg As String) As Integer
+Public Declare Function XLGetXFInd Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, ByRef size As Long, _
+    ByVal font As Integer, ByVal format As Integer, ByVal locked As Integer, ByVal hidden As Integer, _
+    ByVal horizontal As Integer, ByVal vertical As Integer, ByVal rotation As Integer, _
+    ByVal colours As Integer) As Integer
+Public Declare Function XLGetXFIndFull Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long, ByVal font As Integer, ByVal format As Integer, ByVal locked As Integer, _
+    ByVal hidden As Integer, ByVal horizontal As Integer, ByVal vertical As Integer, ByVal rotation As Integer, _
+    ByVal background As Integer, ByVal fillPattern As Integer, ByVal patternColour As Integer, _
+    ByVal bottomStyle As Integer, ByVal bottomColour As Integer, ByVal topStyle As Integer, _
+    ByVal topColour As Integer, ByVal leftStyle As Integer, ByVal leftColour As Integer, ByVal rightStyle As Integer, _
+    ByVal rightColour As Integer) As Integer
+
+' ---- Changing row heights and column widths ----
+
+Public Declare Function XLChangeRowHeight Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long, ByVal sheet As Integer, ByVal row As Integer, ByVal height As Integer) As Integer
+Public Declare Function XLChangeColWidth Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long, ByVal sheet As Integer, ByVal column As Integer, ByVal widthArg As Integer) As Integer

@@ -473,6 +473,176 @@ TOLVENAR_API int16_t TOLVENAR_CALL AppendVariantSheet2(uint32_t* buffer, uint32_
  * *buffer is 0 and *size 0xFFFFFFFF. */
 TOLVENAR_API int16_t TOLVENAR_CALL AddZemblerRecord(uint32_t* buffer, uint32_t* size);
 
+/* ---- Styles --------------------------------------------------------------------------------
+ *
+ * The style tables of a workbook, by kind: 0 XF, 1 FONT, 2 FORMAT, 3 colours of the palette. Of the fonts, number 4 does not
+ * exist: the fifth FONT record is font 5, and a list of fonts has an element 4 that is never filled. A list of formats ends with
+ * the built-in ones, 17 in BIFF5 and 36 in BIFF8. */
+
+/* Counts the items of a kind. Result: the count, what does not exist and what is built in included; 0 for a null table, a null
+ * buffer or an unknown kind. */
+TOLVENAR_API uint16_t TOLVENAR_CALL XLGetNumFormatItems(uint32_t buffer, uint32_t table, int16_t kind);
+
+/* Makes an item block of each XF, FONT or FORMAT: u16 length, then the record's payload, which the functions below read.
+ *   items  an array of 32-bit integers from 0 to the count - 1, for the handles; release each with MEMORYFREE
+ * The pool's nine blocks are the limit. The format index of an XF becomes the format's place in the list of formats, from 1 on, or
+ * 0; texts of FORMAT records are softened for display ("?" to "0", "*" and "_" to blanks). With kind 3 no item is made: see
+ * XLGetColorData.
+ * Result: 1 no items; 21 no pool block for the list of formats; 4 not one dimension; 5 the array does not reach from 0 to
+ * count - 1; 6, 11 can't happen; 8 no pool block for an item, 10 none for a built-in format (what was put stands, and
+ * its blocks are live); 0 done. After 4, 5 and 8 of XFs a block of the pool stays taken. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetFormatData(SAFEARRAY** items, uint32_t buffer, uint32_t table,
+                                                   int16_t kind);
+
+/* Puts the colours of the workbook's palette into an array of 32-bit integers from 0 to the count - 1: red in the low byte, then
+ * green, then blue. Result: 1 no palette; 4 not one dimension; 5 the array does not fit; 6, 11 can't happen; 0 done. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetColorData(SAFEARRAY** colours, uint32_t buffer, uint32_t table);
+
+/* Puts the 56 standard colours into an array of 32-bit integers from 0 to 55. Result: 4 not one dimension; 5 the array does not
+ * reach from 0 to 55; 0 done. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetStandardPalette(SAFEARRAY** colours);
+
+/* ---- Row heights, column widths, zoom ------------------------------------------------------
+ *
+ * Result of the readers of heights and widths: 1 null table or no sheets; 2 sheet above a negative count and below 1; 3 no such
+ * sheet, null buffer, or no worksheet; 4 not one dimension; 5 the array, of 16-bit integers, does not reach from exactly 1 to
+ * exactly the last row or column of the used range (any end passes where a sheet tells no range); 6, 7 can't happen; 0 done. */
+
+/* Puts the height of every row, in twips; a ROW record's plus 1, on purpose. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetRowHeight(SAFEARRAY** heights, uint32_t buffer, uint32_t table,
+                                                  int16_t sheet);
+
+/* Puts the width of every column, 120 units a character. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetColWidth(SAFEARRAY** widths, uint32_t buffer, uint32_t table,
+                                                 int16_t sheet);
+
+/* Result: the zoom of a worksheet or chart sheet as a ratio, 1.0 when none is stated; -1.0 null table; -2.0 no such sheet; -3.0
+ * null buffer; -5.0 globals; -6.0 Visual Basic module; -7.0 macro sheet; -8.0 workspace. */
+TOLVENAR_API double TOLVENAR_CALL XLGetMagnification(uint32_t buffer, uint32_t table, int16_t sheet);
+
+/* ---- Fields of an item block ---------------------------------------------------------------
+ *
+ * Each function reads a field of a block that XLGetFormatData made, a FONT (XLFont...), an XF (XLXF...) or a FORMAT. -1 is the result
+ * for a null block, and nothing is written then. Which kind of item the block holds is not checked. */
+
+/* Result: the height of the font in twips; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFontSize(uint32_t block);
+
+/* Result: the font's colour as a palette number, from 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFontColor(uint32_t block);
+
+/* Result: the font's weight, 400 for normal, 700 for bold; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFontBoldness(uint32_t block);
+
+/* Result: 1 when italic, else 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFontItalic(uint32_t block);
+
+/* Result: 1 when struck out, else 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFontStrikeOut(uint32_t block);
+
+/* Result: the font's kind of underline; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFontUnderline(uint32_t block);
+
+/* Result: the XF's font index; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFFont(uint32_t block);
+
+/* Result: the place of the XF's format in the list of formats, from 1 on, or 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFFormat(uint32_t block);
+
+/* Result: 1 when locked, else 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFLocked(uint32_t block);
+
+/* Result: 1 when the formula is hidden, else 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFHidden(uint32_t block);
+
+/* Result: the horizontal alignment, 0 to 7; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFHAlignment(uint32_t block);
+
+/* Result: the vertical alignment, 0 to 3; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFVAlignment(uint32_t block);
+
+/* Result: the rotation, 0 to 3; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFRotation(uint32_t block);
+
+/* Gives the fill pattern and the styles of the borders. *top has 7 bits: the left style and the low bit of the right one stand above its
+ * own three, on purpose. Result: 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFBorderStyle(uint32_t block, uint16_t* fill, uint16_t* top,
+                                                   uint16_t* bottom, uint16_t* left, uint16_t* right);
+
+/* Gives the colours as palette numbers, in 16 bits; one that is not set is 0xFFF8. The one colour of a plain cell comes in
+ * *colour2, with 0 in *colour1. Result: 0; -1. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLXFColors(uint32_t block, uint16_t* colour1, uint16_t* colour2,
+                                              uint16_t* top, uint16_t* bottom, uint16_t* left,
+                                              uint16_t* right);
+
+/* Gives the name of a font; *name is the caller's. Result: 0; -1; -4 no pool block. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFontName(uint32_t block, BSTR* name);
+
+/* Gives the text of a number format; *text is the caller's. In BIFF8 two bytes in front of the text are passed over, which the
+ * built-in formats don't have: they lose two characters, on purpose. Result: 0; -1; -4 no pool block. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLFormatString(uint32_t block, BSTR* text);
+
+/* ---- Finding or adding a font, a number format, an XF --------------------------------------
+ *
+ * Each function gives the index of an item with the given attributes, as records name it, and adds one when the workbook has none. The
+ * SheetTable stays good. All records are compared and made by BIFF5's layout, in BIFF8 too.
+ *
+ * Result: the index; or
+ *    -1  null text; XLGetFormat: also a null table or buffer
+ *    -6  null table, -11 null buffer (or null size)
+ *    -3  no pool block for the record (XLGetXFIndFull: -12); XLGetFormat: -21 none for its list
+ *    -4  the record could not be patched in: its block stays taken; a buffer that could not grow is released and *buffer is 0 */
+
+/* Fonts.
+ *   name       8-bit, zero-terminated
+ *   colour     palette number, from 0
+ *   height     in twips
+ *   italic, strikeout  0 or 1; any other value always adds a font that has it
+ * While there are fewer than four fonts the index of one that is added is 1 too high, on purpose: asking again gives the right one.
+ * Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetFont(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                             const char* name, int16_t colour, uint16_t height,
+                                             uint16_t boldness, uint16_t italic, uint16_t underline,
+                                             uint16_t strikeout);
+
+/* Number formats, by their 8-bit text. New ones are numbered from 254 down. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetFormat(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                               const char* text);
+
+/* XFs by some of their fields.
+ *   locked, hidden  0 or 1; any other value always adds an XF that has it
+ *   horizontal, vertical, rotation  4 bits each of the alignment word, from the lowest on, in this order: not the bit fields that
+ *              XLXFVAlignment and XLXFRotation read
+ *   colours    the record's colour word
+ * Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetXFInd(uint32_t* buffer, uint32_t table, uint32_t* size, uint16_t font,
+                                              uint16_t format, uint16_t locked, uint16_t hidden,
+                                              int16_t horizontal, int16_t vertical, int16_t rotation,
+                                              uint16_t colours);
+
+/* XFs by all of their fields; colours are palette numbers, from 0. `locked` and `hidden` play no part in the search, which finds only
+ * locked XFs that are not hidden; in BIFF8 it finds none that a file had. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetXFIndFull(
+    uint32_t* buffer, uint32_t table, uint32_t* size, int16_t font, int16_t format, uint16_t locked,
+    uint16_t hidden, int16_t horizontal, int16_t vertical, int16_t rotation, int16_t background,
+    int16_t fillPattern, int16_t patternColour, int16_t bottomStyle, int16_t bottomColour, int16_t topStyle,
+    int16_t topColour, int16_t leftStyle, int16_t leftColour, int16_t rightStyle, int16_t rightColour);
+
+/* ---- Changing row heights and column widths ------------------------------------------------
+ *
+ * Result of both: 0 done; 1 null table or no sheets; 2 sheet above a negative count and below 1; 3 no such sheet, null buffer, or no
+ * worksheet; 4 the position lies inside an inverted range of rows (of columns too, on purpose); 7, 8 can't happen. */
+
+/* Sets the height of a row, in twips, in its ROW record; a row without one keeps its height. `size` is not used. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLChangeRowHeight(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                                     int16_t sheet, int16_t row, uint16_t height);
+
+/* Sets the width of a column, in 1/256 of a character, in the COLINFO of exactly this column.
+ * Result: as above; -20 there is no such COLINFO: on purpose none is made, and a small block of the pool stays taken; -22 there is
+ * neither a COLINFO nor a used range; -4 can't happen. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLChangeColWidth(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                                    int16_t sheet, int16_t column, uint16_t width);
+
 #ifdef __cplusplus
 }
 #endif

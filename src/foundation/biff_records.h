@@ -27,18 +27,26 @@ constexpr uint8_t kLowRow = 0x08;
 constexpr uint8_t kLowBof = 0x09;
 constexpr uint8_t kLowEof = 0x0A;
 constexpr uint8_t kLowIndex = 0x0B;
+constexpr uint8_t kLowFormat = 0x1E;
 constexpr uint8_t kLowArray = 0x21;
+constexpr uint8_t kLowDefaultRowHeight = 0x25;
+constexpr uint8_t kLowFont = 0x31;
 constexpr uint8_t kLowWindow1 = 0x3D;
 constexpr uint8_t kLowWindow2 = 0x3E;
+constexpr uint8_t kLowXfOld = 0x43;
+constexpr uint8_t kLowDefColWidth = 0x55;
 constexpr uint8_t kLowObj = 0x5D;
+constexpr uint8_t kLowColInfo = 0x7D;
 constexpr uint8_t kLowRk = 0x7E;
 constexpr uint8_t kLowBoundSheet = 0x85;
 constexpr uint8_t kLowPalette = 0x92;
+constexpr uint8_t kLowScl = 0xA0;
 constexpr uint8_t kLowShrFmla = 0xBC;
 constexpr uint8_t kLowMulRk = 0xBD;
 constexpr uint8_t kLowMulBlank = 0xBE;
 constexpr uint8_t kLowRString = 0xD6;
 constexpr uint8_t kLowDbCell = 0xD7;
+constexpr uint8_t kLowXf = 0xE0;
 constexpr uint8_t kLowSst = 0xFC;
 constexpr uint8_t kLowLabelSst = 0xFD;
 
@@ -55,6 +63,8 @@ constexpr uint16_t kTypeColInfo = 0x007D;
 constexpr uint16_t kTypeDefColWidth = 0x0055;
 constexpr uint16_t kTypeBoundSheet = 0x0085;
 constexpr uint16_t kTypeXf = 0x00E0;
+constexpr uint16_t kTypeFont = 0x0031;
+constexpr uint16_t kTypeFormat = 0x041E;
 constexpr uint16_t kTypeDimensions = 0x0200;
 constexpr uint16_t kTypeDefaultRowHeight = 0x0225;
 constexpr uint16_t kTypeBof = 0x0809;
@@ -107,6 +117,59 @@ constexpr DimensionsFields kDimensionsBiff8 = {4, 8, 12, 14};
 constexpr uint32_t kRowNumber = 4;
 constexpr uint32_t kRowFirstColumn = 6;
 constexpr uint32_t kRowPastColumn = 8;
+constexpr uint32_t kRowHeight = 10;
+
+// DEFAULTROWHEIGHT: options u16, height u16. DEFCOLWIDTH: width u16 in characters.
+constexpr uint32_t kDefaultRowHeightHeight = 6;
+constexpr uint32_t kDefColWidthWidth = 4;
+
+// COLINFO: first column u16, last column u16, width u16 in 1/256 of a character, then the columns' looks.
+constexpr uint32_t kColInfoFirst = 4;
+constexpr uint32_t kColInfoLast = 6;
+constexpr uint32_t kColInfoWidth = 8;
+
+// SCL: the zoom as a fraction, two i16.
+constexpr uint32_t kSclNumerator = 4;
+constexpr uint32_t kSclDenominator = 6;
+
+// PALETTE: count u16, then red, green, blue and a zero byte each.
+constexpr uint32_t kPaletteCount = 4;
+constexpr uint32_t kPaletteColours = 6;
+constexpr uint32_t kPaletteColour = 4;  // bytes each
+
+// FORMAT, BIFF5: index u16, length u8, text. (BIFF8 has a length of 16 bits and flags in front of the text.)
+constexpr uint32_t kFormatIndex = 4;
+constexpr uint32_t kFormatLength = 6;
+constexpr uint32_t kFormatText = 7;
+
+// FONT, BIFF5: height u16, flags u16, colour u16, boldness u16, script u16, underline u8, family u8, character set
+// u8, reserved u8, length u8, name.
+constexpr uint32_t kFontHeight = 4;
+constexpr uint32_t kFontFlags = 6;
+constexpr uint8_t kFontItalic = 0x02;
+constexpr uint8_t kFontStrikeOut = 0x08;
+constexpr uint32_t kFontColour = 8;
+constexpr uint32_t kFontBoldness = 10;
+constexpr uint32_t kFontUnderline = 14;
+constexpr uint32_t kFontNameLength = 18;
+constexpr uint32_t kFontName = 19;
+
+// XF, BIFF5: eight u16. Its older form has one byte each for font and format.
+constexpr uint32_t kXfFont = 4;
+constexpr uint32_t kXfFormat = 6;
+constexpr uint32_t kXfOptions = 8;
+constexpr uint8_t kXfLocked = 0x01;
+constexpr uint8_t kXfHidden = 0x02;
+constexpr uint32_t kXfAlignment = 10;
+constexpr uint32_t kXfColours = 12;
+constexpr uint32_t kXfFill = 14;
+constexpr uint32_t kXfBorders = 16;
+constexpr uint32_t kXfSideColours = 18;
+constexpr uint32_t kXfOldFormat = 5;
+constexpr uint32_t kXfOldRest = 6;
+
+// The lowest colour number that names a palette entry.
+constexpr int32_t kFirstPaletteColour = 8;
 
 // Cells: row u16, column u16 (a run: first column), XF u16 (a run: of its first cell), then what the kind
 // holds.
@@ -146,6 +209,7 @@ constexpr uint32_t kRowSize = kHeaderSize + 6 + 10;  // row, first column, last 
 constexpr uint32_t kNumberSize = kHeaderSize + 6 + 8;
 constexpr uint32_t kRkSize = kHeaderSize + 6 + 4;
 constexpr uint32_t kLabelFixed = kHeaderSize + 6 + 2;  // row, column, XF, length; the text behind it
+constexpr uint32_t kXfSizeBiff5 = kHeaderSize + 16;
 constexpr uint32_t kRunFixed = kHeaderSize + 4 + 2;  // row, first column; last column; the cells between them
 
 }  // namespace tolvenar

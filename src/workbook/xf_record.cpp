@@ -12,7 +12,6 @@ namespace tolvenar {
 namespace {
 
 constexpr uint16_t kXfPayload = 16;
-constexpr uint32_t kXfSizeBiff5 = kHeaderSize + kXfPayload;
 constexpr uint32_t kXfSizeBiff8 = kXfSizeBiff5 + 4;
 constexpr uint16_t kXfCell = 1;
 
@@ -23,7 +22,6 @@ constexpr uint32_t kUsesBorders = 0x2000;
 constexpr uint32_t kUsesFill = 0x4000;
 constexpr int16_t kNoBackground = 1;
 constexpr uint32_t kNoPattern = 0x2000;
-constexpr int32_t kFirstPaletteColour = 8;
 
 // The low `bits` bits of a value, at bit `at` of a word.
 uint32_t Bits(int32_t value, uint32_t bits, uint32_t at) {

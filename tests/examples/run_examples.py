@@ -129,6 +129,19 @@ class Examples(unittest.TestCase):
             formats = [book.format_map[book.xf_list[orders.cell_xf_index(1, c)].format_key].format_str for c in (1, 3)]
             self.assertEqual(formats, ["dd\\-mmm\\-yy", '_(* #,##0_);_(* \\(#,##0\\);_(* "-"_);_(@_)'])
 
+    def test_new_report_adds_a_font_and_a_format_to_the_biff5_workbook(self):
+        os.mkdir(self.out)
+        self.assertEqual(run(NEW_REPORT, self.out).returncode, 0)
+        book = xlrd.open_workbook(os.path.join(self.out, "new_report_biff5.xls"), formatting_info=True)
+        products, orders = book.sheets()
+        header = book.font_list[book.xf_list[orders.cell_xf_index(0, 0)].font_index]
+        body = book.font_list[book.xf_list[orders.cell_xf_index(1, 0)].font_index]
+        self.assertEqual((header.name, header.weight, header.height), ("Arial", 700, 200))
+        self.assertEqual(body.weight, 400)
+        for sheet, column in ((orders, 4), (products, 1)):
+            key = book.xf_list[sheet.cell_xf_index(1, column)].format_key
+            self.assertEqual((key, book.format_map[key].format_str), (254, '#,##0.00 "EUR"'))
+
     def test_new_report_tells_that_the_folder_is_missing(self):
         answer = run(NEW_REPORT, self.path("nowhere"))
         self.assertEqual(answer.returncode, 1)
