@@ -31,6 +31,12 @@ class ReferenceFileTest : public ReferenceTest {
   int16_t Delete(uint32_t id) { return XLDeleteReference(path_.c_str(), id); }
   int16_t Read(int32_t id) { return XLReadReference(path_.c_str(), &buffer_, &size_, id); }
   int16_t Save(int32_t id) { return XLSaveReference(path_.c_str(), &buffer_, &size_, id); }
+  // The file as it was, and a pool with so many blocks free.
+  void FillBut(uint32_t free, const Bytes& file) {
+    PutFile(path_, file);
+    MEMORYFREEALL();
+    while (LiveBlocks() < 9 - free) ASSERT_NE(MEMORYALLOC(1), 0u);
+  }
   std::string Listed() const { return Hex(ReadStream(path_, "Contents").value_or(Bytes{})); }
   bool HasStream(const std::string& name) const { return ReadStream(path_, name).has_value(); }
 
@@ -228,31 +234,35 @@ TEST_F(ReferenceFileTest, ASaveThatCantOpenTheFileKeepsTheCompactBufferAndTheNam
 TEST_F(ReferenceFileTest, AFullPoolIsToldAndLeavesTheFileWhole) {
   ASSERT_EQ(CreateOne(), 1);
   const Bytes before = FileBytes(path_);
-  // Blocks free, then what each call says: the blocks that it needs come one after the other.
+  // What each call says with so many blocks free, and how many are live behind it.
   const struct {
     uint32_t free;
     int32_t create, remove, read;
-  } cases[] = {{0, -13, -13, -10}, {1, -16, -16, 0}, {2, 2, 0, 0}};
+    uint32_t after_create, after_remove, after_read;
+  } cases[] = {{0, -13, -13, -10, 9, 9, 9}, {1, -16, -16, 0, 9, 9, 9}, {2, 2, 0, 0, 7, 7, 8}};
   for (const auto& one : cases) {
-    PutFile(path_, before);
-    const auto fill = [&one] {
-      MEMORYFREEALL();
-      while (LiveBlocks() < 9 - one.free) MEMORYALLOC(1);
-    };
-    fill();
+    FillBut(one.free, before);
     EXPECT_EQ(CreateOne(), one.create) << one.free;
-    if (one.create < 0) {
-      EXPECT_EQ(FileBytes(path_), before) << one.free;
-    }
-    PutFile(path_, before);
-    fill();
-    EXPECT_EQ(Read(1), one.read) << one.free;
-    fill();
+    EXPECT_EQ(LiveBlocks(), one.after_create) << one.free;
+    EXPECT_EQ(FileBytes(path_) == before, one.create < 0) << one.free;
+    FillBut(one.free, before);
     EXPECT_EQ(Delete(1), one.remove) << one.free;
-    if (one.remove < 0) {
-      EXPECT_EQ(FileBytes(path_), before) << one.free;
-    }
+    EXPECT_EQ(LiveBlocks(), one.after_remove) << one.free;
+    EXPECT_EQ(FileBytes(path_) == before, one.remove < 0) << one.free;
+    FillBut(one.free, before);
+    EXPECT_EQ(Read(1), one.read) << one.free;
+    EXPECT_EQ(LiveBlocks(), one.after_read) << one.free;
   }
+}
+
+TEST_F(ReferenceFileTest, ListsThatHaveNoSlotAreToldWithTheBlocksHeld) {
+  Start(Contents({1}, 26000000));  // the list has room in the last slots, and the image of it in none
+  EXPECT_EQ(CreateOne(), -18);
+  EXPECT_EQ(LiveBlocks(), 1u);
+  EXPECT_EQ(BytesInUse(), 26000001u * 4);
+  MEMORYFREEALL();
+  EXPECT_EQ(Delete(1), -18);
+  EXPECT_EQ(BytesInUse(), 26000000u * 4);
 }
 
 TEST_F(ReferenceFileTest, ASaveWithoutABlockForTheCopyChangesNothing) {
