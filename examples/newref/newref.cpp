@@ -87,6 +87,19 @@ File MakeFile() {
   return file;
 }
 
+// Opens a file that isn't there yet. Windows' own C library doesn't know the mode that says so.
+std::FILE* OpenNew(const char* path) {
+#if defined(_WIN32)
+  if (std::FILE* there = std::fopen(path, "rb")) {
+    std::fclose(there);
+    return nullptr;
+  }
+  return std::fopen(path, "wb");
+#else
+  return std::fopen(path, "wbx");
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -94,9 +107,9 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: tolvenar-newref FILE\n");
     return 2;
   }
-  std::FILE* out = std::fopen(argv[1], "wbx");
+  std::FILE* out = OpenNew(argv[1]);
   if (out == nullptr) {
-    std::perror(argv[1]);
+    std::fprintf(stderr, "%s: exists, or can't be made\n", argv[1]);
     return 1;
   }
   const File file = MakeFile();
