@@ -3,7 +3,9 @@
 // workbook of Excel 5.0 or 95 that has formulas it also inserts a row, in memory only, and shows how cells and
 // formulas follow. The workbook that it was given stays as it is.
 //
-//   report [--out FOLDER] WORKBOOK ...
+//   report [--out FOLDER] [--references FILE] WORKBOOK ...
+//
+// With a ReferenceFile (tolvenar-newref makes one) each result is also bound to a new reference in it.
 //
 // Exit status: 0 all is well; 1 something could not be done, and a sentence says what; 2 called without a
 // workbook.
@@ -255,7 +257,14 @@ void ShowInsertedRow(const fs::path& path) {
   PrintPatches("With the row", book);
 }
 
-bool Report(const fs::path& path, const fs::path& folder) {
+// Reads the id out of the saved file.
+bool ShowBinding(const fs::path& result, int reference) {
+  const int found = report::BoundTo(result);
+  std::printf("Bound to reference %d, and %d is what the file says\n", reference, found);
+  return found == reference;
+}
+
+bool Report(const fs::path& path, const fs::path& folder, const fs::path& references) {
   const fs::path result = folder / path.filename();
   if (fs::exists(result) && fs::equivalent(path, result)) {
     throw std::runtime_error("saving into " + folder.string() + " would replace the workbook itself");
@@ -274,30 +283,36 @@ bool Report(const fs::path& path, const fs::path& folder) {
   PrintPatches("As changed", book);
 
   // Saved into a copy, so that all else that the file holds (properties, macros) is in the result as well.
+  const int reference = references.empty() ? 0 : report::CreateReference(references);
+  if (reference != 0) book.Bind(reference);
   fs::create_directories(folder);
   fs::copy_file(path, result, fs::copy_options::overwrite_existing);
   book.Save(result);
   PrintPatches("As saved", book);
-  return ShowResult(result, changed, xf);
+  const bool bound = reference == 0 || ShowBinding(result, reference);
+  return ShowResult(result, changed, xf) && bound;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   std::vector<std::string> arguments(argv + 1, argv + argc);
-  fs::path folder = "out";
-  if (arguments.size() >= 2 && arguments[0] == "--out") {
-    folder = arguments[1];
+  const auto option = [&arguments](const char* name, fs::path otherwise) {
+    if (arguments.size() < 2 || arguments[0] != name) return otherwise;
+    const fs::path value = arguments[1];
     arguments.erase(arguments.begin(), arguments.begin() + 2);
-  }
+    return value;
+  };
+  const fs::path folder = option("--out", "out");
+  const fs::path references = option("--references", {});
   if (arguments.empty()) {
-    std::fprintf(stderr, "usage: report [--out FOLDER] WORKBOOK ...\n");
+    std::fprintf(stderr, "usage: report [--out FOLDER] [--references FILE] WORKBOOK ...\n");
     return 2;
   }
   try {
     bool good = true;
     for (const std::string& path : arguments) {
-      good = Report(path, folder) && good;
+      good = Report(path, folder, references) && good;
       ShowInsertedRow(path);
     }
     return good ? 0 : 1;

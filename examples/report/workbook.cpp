@@ -254,6 +254,11 @@ void Workbook::InsertRow(int sheet, int row) {
         "the row can't be inserted");
 }
 
+void Workbook::Bind(int id) {
+  Check(XLInsertReference(&buffer_, table_, &size_, static_cast<uint32_t>(id)),
+        "the workbook can't be bound");
+}
+
 bool Workbook::Put(int sheet, int row, int column, VARIANT* value) {
   const int result = XLChangeCellValue(&buffer_, table_, &size_, static_cast<int16_t>(sheet),
                                        static_cast<int16_t>(row), static_cast<int16_t>(column), value);
@@ -303,6 +308,18 @@ void Workbook::Save(const std::filesystem::path& path) {
   // A save releases the table, since the sheets have moved: locate them anew.
   Check(XLSaveFile(path.string().c_str(), &buffer_, &table_, &size_), path.string() + " can't be saved");
   Check(XLLocateSheets(buffer_, &table_, size_), "the saved sheets can't be located");
+}
+
+int CreateReference(const std::filesystem::path& file) {
+  const int id = XLCreateReference(file.string().c_str());
+  if (id < 1) throw Failure("no reference can be made in " + file.string(), id);
+  return id;
+}
+
+int BoundTo(const std::filesystem::path& path) {
+  const int id = XLGetReference(path.string().c_str());
+  if (id < 0) throw Failure("the binding of " + path.string() + " can't be read", id);
+  return id;
 }
 
 }  // namespace report

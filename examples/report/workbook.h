@@ -83,6 +83,9 @@ class Workbook {
   // Opens an empty row: the cells from `row` on move down by one, and the sheet's formulas follow.
   void InsertRow(int sheet, int row);
 
+  // Stamps the workbook with the id of a reference. The stamp is in the file once it is saved.
+  void Bind(int id);
+
   // Saves into `path`: into the place of the workbook in a file that is there, else as a new file.
   void Save(const std::filesystem::path& path);
 
@@ -96,5 +99,12 @@ class Workbook {
   uint32_t size_ = 0;
   uint32_t table_ = 0;
 };
+
+// Makes a new reference in a ReferenceFile, which has to be there (tolvenar-newref makes one). Returns its id.
+int CreateReference(const std::filesystem::path& file);
+
+// The id that the saved workbook at `path` is bound to, 0 for none. To be asked while a workbook of the same
+// generation is the one opened last.
+int BoundTo(const std::filesystem::path& path);
 
 }  // namespace report

@@ -199,3 +199,18 @@ Public Declare Function XLChangeRowHeight Lib "tolvenar.dll" (ByRef buffer As Lo
     ByRef size As Long, ByVal sheet As Integer, ByVal row As Integer, ByVal height As Integer) As Integer
 Public Declare Function XLChangeColWidth Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
     ByRef size As Long, ByVal sheet As Integer, ByVal column As Integer, ByVal widthArg As Integer) As Integer
+
+' ---- References ----
+
+Public Declare Function XLCreateReference Lib "tolvenar.dll" (ByVal path As String) As Long
+Public Declare Function XLDeleteReference Lib "tolvenar.dll" (ByVal path As String, ByVal id As Long) As Integer
+Public Declare Function XLReadReference Lib "tolvenar.dll" (ByVal path As String, ByRef buffer As Long, _
+    ByRef size As Long, ByVal id As Long) As Integer
+Public Declare Function XLSaveReference Lib "tolvenar.dll" (ByVal path As String, ByRef buffer As Long, _
+    ByRef size As Long, ByVal id As Long) As Integer
+Public Declare Function XLRefreshReference Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long) As Integer
+Public Declare Function XLInsertReference Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _
+    ByRef size As Long, ByVal id As Long) As Integer
+Public Declare Function XLUnbindReference Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long) As Integer
+Public Declare Function XLGetReference Lib "tolvenar.dll" (ByVal path As String) As Long
+Public Declare Function XLDestroyFString Lib "tolvenar.dll" (ByRef handle As Long) As Integer

@@ -642,6 +642,66 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLChangeRowHeight(uint32_t* buffer, uint32_t 
  * neither a COLINFO nor a used range; -4 can't happen. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLChangeColWidth(uint32_t* buffer, uint32_t table, uint32_t* size,
                                                     int16_t sheet, int16_t column, uint16_t width);
+/* ---- References ------------------------------------------------------------------------------------------------------------
+ *
+ * A ReferenceFile is a compound file of report bindings: a stream "Contents" with the ids, and a stream per reference. It is
+ * opened, exclusively, and closed within each call. A ReferenceBuffer is a reference in memory; it is released with MEMORYFREE or
+ * XLFreeHandle. A file that doesn't exist is refused: a first one is made by the program tolvenar-newref. */
+
+/* Enters a new, empty reference. Result: its id, above 0, the lowest that is free; or, with the file as it was:
+ *   -1   no file name                        -3   the file can't be opened
+ *   -11  no "Contents"                       -12  it is empty
+ *   -13  no pool block for it                -15  it can't be read whole
+ *   -16  no pool block for the ids; the image of "Contents" stays allocated
+ *   -18  no pool block for the new image; the list of ids stays allocated
+ *   -20  "Contents" can't be made anew       -21  it can't be written
+ *   -22  no pool block for the stream name   -24  the new stream can't be made, as when one of that name was left behind;
+ *                                                 the id is then in "Contents" all the same
+ *   -25, -8, -26  its first, a middle, its last record can't be written
+ *   -27  closing the file failed
+ * (-4, -5, -6, -9 and -10 tell of a file made anew, which this call doesn't do for a file that is missing.) */
+TOLVENAR_API int32_t TOLVENAR_CALL XLCreateReference(const char* path);
+
+/* Removes reference `id` and its stream. Whether the id is listed is not looked at: when it isn't, the last listed id falls out.
+ * Result: 0; or, with the file as it was, -3, -11, -12, -13, -15, -16, -18, -20, -21, -22, -24, -27 as above. -24: there is no
+ * such stream. At -22 and -24 the new image of "Contents" stays allocated. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLDeleteReference(const char* path, uint32_t id);
+
+/* Reads reference `id`: *buffer is the caller's, *size counts its BUFEND. Result: 0; 101 the file can't be opened; 102 there is
+ * no such stream, and a block of 8 bytes stays allocated; 103 it is empty; 5 no pool block for it; 6 it can't be read whole; -10
+ * no pool block for the stream name: *buffer is 0. 104, 105 closing the stream, the file failed: *buffer lacks its BUFEND. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLReadReference(const char* path, uint32_t* buffer, uint32_t* size,
+                                                   int32_t id);
+
+/* Compacts the buffer, so that offsets in it are stale, and stores it as reference `id`; "Contents" is not looked at.
+ * Result: 0; 2 no buffer; 4 no pool block for the copy, 6 it can't be cut: the old buffer stays. With the compact buffer, which
+ * lacks its BUFEND, and the file as it was: -22 no pool block for the stream name; 101 the file can't be opened, 103 the stream
+ * can't be made, and a block of 8 bytes stays allocated; 104, 105 closing the stream, the file failed. 6 is also a failed write:
+ * the buffer is freed and *buffer is 0. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLSaveReference(const char* path, uint32_t* buffer, uint32_t* size,
+                                                   int32_t id);
+
+/* Compacts the buffer. Offsets in it are stale then. Result: 0; 2 no buffer; 4 no pool block for the copy, 6 it can't be cut: the
+ * old buffer stays. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRefreshReference(uint32_t* buffer, uint32_t* size);
+
+/* Stamps a workbook with the id of a reference, in a hidden FORMAT record; a stamp that is there gets other digits. In a workbook
+ * without FORMAT records the entry of the first sheet in the SheetTable changes. Result: 0; 4 no pool block or a failed patch,
+ * the blocks of 8 and 36 bytes then held stay allocated; 6 no table; 7 no buffer; 200 the buffer is gone. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLInsertReference(uint32_t* buffer, uint32_t table, uint32_t* size,
+                                                     uint32_t id);
+
+/* Removes the stamp. Result: 0; 6 no table; 7 no buffer; -1 no stamp. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLUnbindReference(uint32_t buffer, uint32_t table);
+
+/* Reads the stamp of a workbook file, of the generation of the workbook opened last. Result: the id; 0 without a stamp; -2 the
+ * file can't be opened; -3 the stream can't, also before any workbook has been opened; -4 it is empty; -5 no pool block for it;
+ * -7 it can't be read whole; with its image still allocated: -8, -9 closing the stream, the file failed, -10 no pool block for
+ * the digits. */
+TOLVENAR_API int32_t TOLVENAR_CALL XLGetReference(const char* path);
+
+/* Releases a pool block and zeroes the variable. Result: 0, also when there was no live block; -1 for a null reference. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLDestroyFString(uint32_t* handle);
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,6 @@
 """Runs the examples as a user would, and reads with an independent program what they wrote.
 
-    run_examples.py FIRST_HOST REPORT NEW_REPORT FOLDER_OF_SAMPLES
+    run_examples.py FIRST_HOST REPORT NEW_REPORT NEWREF FOLDER_OF_SAMPLES
 """
 import os
 import re
@@ -12,7 +12,7 @@ import unittest
 
 import xlrd
 
-FIRST_HOST, REPORT, NEW_REPORT, SAMPLES = sys.argv[1:5]
+FIRST_HOST, REPORT, NEW_REPORT, NEWREF, SAMPLES = sys.argv[1:6]
 SAMPLE_NAMES = ("sample_biff5.xls", "sample_biff8.xls")
 
 
@@ -84,6 +84,18 @@ class Examples(unittest.TestCase):
         self.assertGreater(int(counts[1][1]), 0)
         self.assertEqual(counts[2][1:], ("0", "0", "0", "1"))
         self.assertEqual(counts[3][1:], ("0", "0", "0", "1"))
+
+    def test_report_binds_each_result_to_a_reference_of_its_own(self):
+        store = self.path("store.ref")
+        self.assertEqual(run(NEWREF).returncode, 2)
+        self.assertEqual(run(NEWREF, store).returncode, 0)
+        answer = run(REPORT, "--out", self.out, "--references", store, *(self.path(name) for name in SAMPLE_NAMES))
+        self.assertEqual(answer.returncode, 0, answer)
+        for number, name in enumerate(SAMPLE_NAMES, 1):
+            self.assertIn("Bound to reference %d, and %d is what the file says" % (number, number), answer.stdout)
+            result = os.path.join(self.out, name)
+            self.assertIn(b'"Do not delete it!!!%-8d"' % number, read(result))
+            self.assertEqual(xlrd.open_workbook(result).sheet_names(), xlrd.open_workbook(self.path(name)).sheet_names())
 
     def test_report_leaves_the_original_as_it_is(self):
         before = read(self.path("sample_biff5.xls"))

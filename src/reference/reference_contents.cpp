@@ -1,0 +1,158 @@
+// The directory of a ReferenceFile: read, changed, written back.
+#include "reference/reference_contents.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "foundation/memory_pool.h"
+#include "reference/reference_records.h"
+#include "workbook/stm_file.h"
+
+namespace tolvenar {
+
+namespace {
+
+constexpr uint32_t kIdSize = 4;
+
+// The image as far as it is the stream's: a slot is larger, and holds what an earlier tenant left.
+Block OpenImage(uint32_t image, uint32_t size) {
+  Block block = OpenBlock(image);
+  block.extent = std::min(block.extent, size);
+  return block;
+}
+
+uint32_t CountOf(const Block& image) {
+  const uint32_t count = U32At(image, kRefField);
+  return count > INT32_MAX ? 0 : count;
+}
+
+// A walk over the REFIDs of an image.
+struct IdWalk {
+  Walk walk;
+
+  explicit IdWalk(const Block& image) : walk(StartWalk(image, 0)) { Settle(); }
+  bool AtId() const { return At(walk.block, walk.at, kRefRecordSize) != nullptr && !walk.ended && !AtEnd(); }
+  uint32_t Id() const { return U32At(walk.block, walk.at + kRefField); }
+  void Next() {
+    Step(&walk);
+    Settle();
+  }
+
+ private:
+  bool AtEnd() const { return IsChart(walk.block, walk.at, kLowRefEnd); }
+  void Settle() {
+    while (AtId() && !IsChart(walk.block, walk.at, kLowRefId)) Step(&walk);
+  }
+};
+
+// The lowest positive id that the image doesn't have. It is looked for in windows, of which the first nearly always has it.
+uint32_t LowestFreeId(const Block& image) {
+  constexpr uint32_t kWindow = 0x8000;
+  for (uint32_t base = 1;; base += kWindow) {
+    uint8_t taken[kWindow] = {};
+    for (IdWalk ids(image); ids.AtId(); ids.Next()) {
+      if (ids.Id() - base < kWindow) taken[ids.Id() - base] = 1;
+    }
+    const uint8_t* const free = std::find(taken, taken + kWindow, uint8_t{0});
+    if (free != taken + kWindow) return base + static_cast<uint32_t>(free - taken);
+  }
+}
+
+uint32_t AllocateIds(uint32_t count) {
+  return count > INT32_MAX / kIdSize ? 0 : MEMORYALLOC(static_cast<int32_t>(count * kIdSize));
+}
+
+// What differs from every id.
+constexpr uint64_t kNoId = UINT64_MAX;
+
+// Gathers the ids that differ from `without` into the `places` of a list; what has no place is dropped.
+void GatherIds(const Block& image, uint32_t list, uint32_t places, uint64_t without) {
+  const Block to = OpenBlock(list);
+  uint32_t place = 0;
+  for (IdWalk ids(image); ids.AtId() && place < places; ids.Next()) {
+    if (ids.Id() == without) continue;
+    PutU32(to, place * kIdSize, ids.Id());
+    ++place;
+  }
+}
+
+void PutRecord(const Block& block, uint32_t at, uint8_t low, uint32_t field) {
+  PutU16(block, at, ReferenceType(low));
+  PutU16(block, at + kRecordLength, kRefRecordSize - kHeaderSize);
+  PutU32(block, at + kRefField, field);
+}
+
+// Builds the image of the first `count` ids of the list. Releases the list, unless there is no block.
+int16_t BuildImage(uint32_t* list, uint32_t count, uint32_t* image, uint32_t* size) {
+  constexpr uint32_t kMost = INT32_MAX / kRefRecordSize - 2;
+  *size = (count + 2) * kRefRecordSize;
+  *image = count > kMost ? 0 : MEMORYALLOC(static_cast<int32_t>(*size));
+  if (*image == 0) return kContentsNoImage;
+  const Block to = OpenBlock(*image);
+  const Block ids = OpenBlock(*list);
+  PutRecord(to, 0, kLowRefHeader, count);
+  for (uint32_t i = 0; i < count; ++i) {
+    PutRecord(to, (i + 1) * kRefRecordSize, kLowRefId, U32At(ids, i * kIdSize));
+  }
+  PutRecord(to, (count + 1) * kRefRecordSize, kLowRefEnd, 0);
+  MEMORYFREE(list);
+  return kContentsDone;
+}
+
+}  // namespace
+
+int16_t ReadContents(StmFFile* file, uint32_t* image, uint32_t* size) {
+  StmFItemHolder stream;
+  *image = 0;
+  if (file->OpenStream(kContentsStream, &stream.item) != kStmDone) return kContentsNotOpened;
+  *size = stream.item->GetSize();
+  if (static_cast<int32_t>(*size) <= 0) return kContentsEmpty;
+  *image = MEMORYALLOC(static_cast<int32_t>(*size));
+  if (*image == 0) return kContentsNoBlock;
+  uint32_t moved = 0;
+  if (stream.item->Read(BlockBytes(*image), *size, &moved) != kStmDone || moved != *size) {
+    MEMORYFREE(image);
+    return kContentsNotRead;
+  }
+  stream.item->Close();  // whatever comes of it
+  return kContentsDone;
+}
+
+int16_t AddNewId(uint32_t* image, uint32_t* size, int32_t* id) {
+  const Block old = OpenImage(*image, *size);
+  const uint32_t count = CountOf(old);
+  uint32_t list = AllocateIds(count + 1);
+  if (list == 0) return kContentsNoList;
+  const uint32_t new_id = count == 0 ? 1 : LowestFreeId(old);
+  GatherIds(old, list, count, kNoId);
+  PutU32(OpenBlock(list), count * kIdSize, new_id);
+  *id = static_cast<int32_t>(new_id);
+  MEMORYFREE(image);
+  return BuildImage(&list, count + 1, image, size);
+}
+
+int16_t DropId(uint32_t* image, uint32_t* size, uint32_t id) {
+  const Block old = OpenImage(*image, *size);
+  const uint32_t count = CountOf(old);
+  uint32_t list = AllocateIds(count);
+  if (list == 0) return kContentsNoList;
+  GatherIds(old, list, count, id);
+  MEMORYFREE(image);
+  return BuildImage(&list, count == 0 ? 0 : count - 1, image, size);
+}
+
+int16_t WriteContents(StmFFile* file, uint32_t* image, uint32_t size) {
+  StmFItemHolder stream;
+  const int32_t made = file->CreateStream(kContentsStream, &stream.item, true);
+  uint32_t moved = 0;
+  const bool written =
+      made == kStmDone && stream.item->Write(BlockBytes(*image), size, &moved) == kStmDone && moved == size;
+  MEMORYFREE(image);
+  if (made != kStmDone) return kContentsNotMade;
+  if (!written) return kContentsNotWritten;
+  stream.item->Close();
+  return kContentsDone;
+}
+
+}  // namespace tolvenar

@@ -1,0 +1,138 @@
+// Changes of a ReferenceBuffer: the patch that keeps the directory true, records put into objects, new objects.
+#include "foundation/memory_pool.h"
+#include "reference/reference_directory.h"
+
+namespace tolvenar {
+
+namespace {
+
+// Points every entry that points to `from`, and the REFHEADER if it does, to `to`.
+void RepointOffset(uint32_t buffer, uint32_t from, uint32_t to) {
+  const Block block = OpenBlock(buffer);
+  if (U32At(block, kRefHeaderMark) == from) PutU32(block, kRefHeaderMark, to);
+  uint32_t mark = 0;
+  if (!FindDirectory(buffer, &mark)) return;
+  for (Walk walk = StartWalk(block, mark); !walk.ended && !IsChart(block, walk.at, kLowRefEnd); Step(&walk)) {
+    if (!IsChart(block, walk.at, kLowRefEntry)) continue;
+    if (U32At(block, walk.at + kRefEntryOffset) == from) PutU32(block, walk.at + kRefEntryOffset, to);
+  }
+}
+
+// Points the entry of the object whose head stands at `head` there. No head: nothing happens.
+void RepointHead(uint32_t buffer, uint32_t head) {
+  const Block block = OpenBlock(buffer);
+  if (IsPrivate(block, head, U8At(block, head))) return;  // a jump or SLACK, and no head
+  if (IsChart(block, head, kLowTableHead)) {
+    RepointRefEntry(buffer, U16At(block, head + kObjectId), kKindTable, head);
+  } else if (IsChart(block, head, kLowGraphHead)) {
+    RepointRefEntry(buffer, U16At(block, head + kObjectId), kKindGraph, head);
+  } else if (IsChart(block, head, kLowEditHead)) {
+    const uint32_t number = U8At(block, head + kEditNumber);
+    const uint16_t kind_word = static_cast<uint16_t>(number * kKindNumberUnit + kKindEdit);
+    RepointRefEntry(buffer, U16At(block, head + kEditId), kind_word, head);
+  }
+}
+
+// Writes a record of one u32 field.
+void BuildRefRecord(uint8_t* bytes, uint8_t low) {
+  WriteU16(bytes + kRecordTypeLow, ReferenceType(low));
+  WriteU16(bytes + kRecordLength, kRefRecordSize - kHeaderSize);
+  WriteU32(bytes + kRefField, 0);
+}
+
+// Patches `count` bytes in by way of a pool block, which is released.
+int16_t PatchByBlock(uint32_t* buffer, uint32_t* size, const uint8_t* bytes, uint32_t at, uint32_t count) {
+  uint32_t scratch = MEMORYALLOC(static_cast<int32_t>(count));
+  if (scratch == 0) return kRefNoBlock;
+  CopyIn(OpenBlock(scratch), 0, bytes, count);
+  const int16_t patched = PatchReference(buffer, BlockBytes(scratch), at, count, size);
+  MEMORYFREE(&scratch);
+  return patched == kPatchDone ? kRefDone : kRefNotPatched;
+}
+
+// Enters the object in front of REFEND.
+int16_t AddEntry(uint32_t* buffer, uint32_t* size, uint32_t mark, uint16_t id, uint16_t kind_word) {
+  const Block block = OpenBlock(*buffer);
+  Walk walk = StartWalk(block, mark);
+  while (!walk.ended && !IsChart(block, walk.at, kLowRefEnd)) Step(&walk);
+  if (walk.ended) return kRefMarkLost;  // a directory without an end
+  uint8_t entry[kRefEntrySize] = {};
+  WriteU16(entry + kRecordTypeLow, ReferenceType(kLowRefEntry));
+  WriteU16(entry + kRecordLength, kRefEntrySize - kHeaderSize);
+  WriteU16(entry + kRefEntryKindWord, kind_word);
+  WriteU16(entry + kRefEntryId, id);
+  WriteU32(entry + kRefEntryOffset, mark);
+  return PatchByBlock(buffer, size, entry, walk.at, sizeof entry);
+}
+
+// Lays a new REFMARK between the live one and REFDIR, and makes it the live one.
+int16_t RenewMark(uint32_t* buffer, uint32_t* size, uint32_t mark) {
+  const uint32_t behind = NextRecord(OpenBlock(*buffer), mark);
+  uint8_t bytes[kRefRecordSize];
+  BuildRefRecord(bytes, kLowRefMark);
+  const int16_t patched = PatchByBlock(buffer, size, bytes, behind, sizeof bytes);
+  if (patched != kRefDone) return patched;
+  const Block block = OpenBlock(*buffer);
+  Walk walk = StartWalk(block, behind);
+  for (; !walk.ended && !IsChart(block, walk.at, kLowRefEnd); Step(&walk)) {
+    if (!IsChart(block, walk.at, kLowRefMark) || IsFollowedBy10DB(*buffer, walk.at) == 0) continue;
+    PutU32(block, kRefHeaderMark, walk.at);
+    return kRefDone;
+  }
+  return kRefMarkLost;
+}
+
+}  // namespace
+
+int16_t PatchReference(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t count, uint32_t* size) {
+  const uint32_t first = kHeaderSize + LengthAt(OpenBlock(*buffer), at);  // bytes of the record at `at`
+  const uint32_t size_before = *size;
+  const int16_t result = PatchRecord(buffer, bytes, at, count, size);
+  if (result != kPatchDone || *size == size_before || first >= kJumpSize) return result;
+  // The record behind it went along: patch, record, its successor.
+  const uint32_t moved = U32At(OpenBlock(*buffer), at + kJumpTarget) + (count & 0xFFFFu) + first;
+  RepointOffset(*buffer, at + first, moved);
+  RepointHead(*buffer, moved);
+  return result;
+}
+
+int16_t PutObjectRecord(uint32_t* buffer, uint32_t* size, uint32_t noted, uint32_t end, uint32_t* record,
+                        uint32_t count) {
+  const bool replaces = noted != kNoRecord;
+  if (replaces) MarkRecordSlack(OpenBlock(*buffer), noted);
+  const int16_t patched = PatchReference(buffer, BlockBytes(*record), replaces ? noted : end, count, size);
+  MEMORYFREE(record);
+  if (patched == kPatchDone) return kRefDone;
+  return replaces ? kRefNotReplaced : kRefNotAppended;
+}
+
+uint16_t LowestFreeRefId(uint32_t buffer, uint16_t kind) {
+  uint32_t mark = 0;
+  if (!FindDirectory(buffer, &mark)) return 0;
+  constexpr uint32_t kIds = 0x10000;
+  const Block block = OpenBlock(buffer);
+  uint8_t taken[kIds / 8] = {};  // a bit for each id: the directory is walked once
+  for (Walk walk = StartWalk(block, mark); !walk.ended && !IsChart(block, walk.at, kLowRefEnd); Step(&walk)) {
+    if (!IsChart(block, walk.at, kLowRefEntry)) continue;
+    if (U16At(block, walk.at + kRefEntryKindWord) != kind) continue;
+    const uint16_t id = U16At(block, walk.at + kRefEntryId);
+    taken[id / 8] = static_cast<uint8_t>(taken[id / 8] | (1u << (id % 8)));
+  }
+  for (uint32_t id = 1; id < kIds; ++id) {
+    if ((taken[id / 8] & (1u << (id % 8))) == 0) return static_cast<uint16_t>(id);
+  }
+  return 0;
+}
+
+int16_t CreateRefObject(uint32_t* buffer, uint32_t* size, uint16_t id, uint16_t kind_word,
+                        const uint8_t* head_and_end, uint32_t count) {
+  if (*buffer == 0) return kRefNoBuffer;
+  uint32_t mark = 0;
+  if (!FindDirectory(*buffer, &mark)) return kRefNoValidDir;
+  int16_t result = AddEntry(buffer, size, mark, id, kind_word);
+  if (result == kRefDone) result = RenewMark(buffer, size, mark);
+  if (result == kRefDone) result = PatchByBlock(buffer, size, head_and_end, mark, count);
+  return result;
+}
+
+}  // namespace tolvenar

@@ -1,0 +1,294 @@
+// ReferenceFile: "Contents" byte for byte, ids, streams, and every result that a file or the pool can bring about.
+#include "reference/reference_file.h"
+
+#include "reference/reference_fixture.h"
+#include "support/temp_file.h"
+#include "support/workbook_file.h"
+#include "workbook/stm_file.h"
+
+namespace tolvenar::testing {
+namespace {
+
+// "Contents" with these ids, as `count` of them.
+Bytes Contents(std::initializer_list<uint32_t> ids, uint32_t count) {
+  Bytes bytes = RefRecord(0xFF, count);
+  for (const uint32_t id : ids) bytes = bytes + RefRecord(0xFD, id);
+  return bytes + RefRecord(0xFE, 0);
+}
+Bytes Contents(std::initializer_list<uint32_t> ids) {
+  return Contents(ids, static_cast<uint32_t>(ids.size()));
+}
+
+class ReferenceFileTest : public ReferenceTest {
+ protected:
+  void SetUp() override {
+    ReferenceTest::SetUp();
+    path_ = folder_.File("references.ref");
+    Start(Contents({}));
+  }
+  void Start(const Bytes& contents) { ASSERT_TRUE(WriteWorkbook(path_, "Contents", contents)); }
+  int32_t CreateOne() { return XLCreateReference(path_.c_str()); }
+  int16_t Delete(uint32_t id) { return XLDeleteReference(path_.c_str(), id); }
+  int16_t Read(int32_t id) { return XLReadReference(path_.c_str(), &buffer_, &size_, id); }
+  int16_t Save(int32_t id) { return XLSaveReference(path_.c_str(), &buffer_, &size_, id); }
+  // The file as it was, and a pool with so many blocks free.
+  void FillBut(uint32_t free, const Bytes& file) {
+    PutFile(path_, file);
+    MEMORYFREEALL();
+    while (LiveBlocks() < 9 - free) ASSERT_NE(MEMORYALLOC(1), 0u);
+  }
+  std::string Listed() const { return Hex(ReadStream(path_, "Contents").value_or(Bytes{})); }
+  bool HasStream(const std::string& name) const { return ReadStream(path_, name).has_value(); }
+
+  TempFolder folder_;
+  std::string path_;
+};
+
+TEST_F(ReferenceFileTest, TheFirstIdIs1) {
+  EXPECT_EQ(CreateOne(), 1);
+  EXPECT_EQ(ReadStream(path_, "Contents"), (Bytes{0xFF, 0x10, 4, 0, 1,    0,    0, 0, 0xFD, 0x10, 4, 0,
+                                                  1,    0,    0, 0, 0xFE, 0x10, 4, 0, 0,    0,    0, 0}));
+  EXPECT_EQ(ReadStream(path_, "1       "), kNewStream);
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, AFreedIdComesBackLast) {
+  for (int32_t id = 1; id <= 3; ++id) ASSERT_EQ(CreateOne(), id);
+  EXPECT_EQ(Delete(2), 0);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 3})));
+  EXPECT_FALSE(HasStream("2       "));
+  EXPECT_EQ(CreateOne(), 2);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 3, 2})));
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, TheSecondHeaderOfANewFileGoesAtTheFirstRewrite) {
+  std::filesystem::remove(path_);
+  StmFFile file;
+  ASSERT_EQ(MakeReferenceFile(&file, path_.c_str()), 0);
+  ASSERT_EQ(file.Close(), 0);
+  EXPECT_EQ(Listed(), Hex(RefRecord(0xFF, 0) + RefRecord(0xFF, 0) + RefRecord(0xFE, 0)));
+  EXPECT_EQ(CreateOne(), 1);
+  EXPECT_EQ(Listed(), Hex(Contents({1})));
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, AMissingFileIsRefusedAndNotMade) {
+  EXPECT_EQ(XLCreateReference(nullptr), -1);
+  const std::string missing = folder_.File("missing.ref");
+  EXPECT_EQ(XLCreateReference(missing.c_str()), -3);
+  EXPECT_EQ(XLDeleteReference(missing.c_str(), 1), -3);
+  EXPECT_EQ(XLReadReference(missing.c_str(), &buffer_, &size_, 1), 101);
+  EXPECT_EQ(folder_.Count(), 1u);
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, AFileWithoutContentsOrWithEmptyOnesIsRefused) {
+  Start({});
+  EXPECT_EQ(CreateOne(), -12);
+  EXPECT_EQ(Delete(1), -12);
+  ASSERT_TRUE(WriteWorkbook(path_, "Other", {1}));
+  EXPECT_EQ(CreateOne(), -11);
+  EXPECT_EQ(Delete(1), -11);
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, AStreamLeftBehindIsNotOverwrittenAndItsIdStaysListed) {
+  ASSERT_TRUE(AddStream(path_, "1       ", {7}));
+  EXPECT_EQ(CreateOne(), -24);
+  EXPECT_EQ(Listed(), Hex(Contents({1})));
+  EXPECT_EQ(ReadStream(path_, "1       "), Bytes{7});
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, DeletingWhatHasNoStreamLeavesTheFileAsItWas) {
+  ASSERT_EQ(CreateOne(), 1);
+  const Bytes before = FileBytes(path_);
+  EXPECT_EQ(Delete(9), -24);
+  EXPECT_EQ(FileBytes(path_), before);
+  EXPECT_EQ(LiveBlocks(), 1u);
+  EXPECT_EQ(BytesInUse(), 16u);  // the new image
+}
+
+TEST_F(ReferenceFileTest, DeletingAnUnlistedStreamDropsTheLastListedId) {
+  ASSERT_EQ(CreateOne(), 1);
+  ASSERT_EQ(CreateOne(), 2);
+  ASSERT_TRUE(AddStream(path_, "9       ", {7}));
+  EXPECT_EQ(Delete(9), 0);
+  EXPECT_EQ(Listed(), Hex(Contents({1})));
+  EXPECT_TRUE(HasStream("2       "));
+  EXPECT_FALSE(HasStream("9       "));
+}
+
+TEST_F(ReferenceFileTest, TheCountRulesWhereTheWalkFoundOtherIds) {
+  Start(Contents({1, 2, 3}, 1));  // more ids than counted: the new one is none of them
+  EXPECT_EQ(CreateOne(), 4);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 4})));
+  Start(Contents({1}, 3));
+  EXPECT_EQ(CreateOne(), 2);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 0, 0, 2})));
+  Start(Contents({1, 2}, 0));
+  EXPECT_EQ(CreateOne(), 1);
+  EXPECT_EQ(Listed(), Hex(Contents({1})));
+}
+
+TEST_F(ReferenceFileTest, ACountThatNoPoolCanHoldIsRefusedWithTheImageHeld) {
+  Start(Contents({1}, 0x7FFFFFFF));
+  EXPECT_EQ(CreateOne(), -16);
+  EXPECT_EQ(Delete(1), -16);
+  EXPECT_EQ(LiveBlocks(), 2u);
+  EXPECT_EQ(Listed(), Hex(Contents({1}, 0x7FFFFFFF)));
+  Start(Contents({1}, 0xFFFFFFFF));  // below 0: as none
+  EXPECT_EQ(CreateOne(), 1);
+  EXPECT_EQ(Listed(), Hex(Contents({1})));
+}
+
+TEST_F(ReferenceFileTest, ContentsWithoutAnEndOrInACircleAreReadToTheirEnd) {
+  Start(RefRecord(0xFF, 1) + RefRecord(0xFD, 1));
+  EXPECT_EQ(CreateOne(), 2);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 2})));
+  Start(RefRecord(0xFF, 1) + RefRecord(0xFD, 1) + Bytes{0xFF, 0xFE, 4, 0, 8, 0, 0, 0});
+  EXPECT_EQ(CreateOne(), 2);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 2})));
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, AReadBufferHoldsTheStreamAndABufEnd) {
+  ASSERT_EQ(CreateOne(), 1);
+  EXPECT_EQ(Read(1), 0);
+  EXPECT_EQ(size_, 36u);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(kNewStream + Bytes{0xF8, 0xFE, 0, 0}));
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_F(ReferenceFileTest, ReadingTellsWhatIsMissing) {
+  buffer_ = 5;
+  EXPECT_EQ(Read(1), 102);
+  EXPECT_EQ(buffer_, 0u);
+  EXPECT_EQ(BytesInUse(), 8u);  // the name
+  MEMORYFREEALL();
+  ASSERT_TRUE(AddStream(path_, "1       ", {}));
+  EXPECT_EQ(Read(1), 103);
+  EXPECT_EQ(size_, 0u);
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, ReadingIntoNothingLeavesNothing) {
+  ASSERT_EQ(CreateOne(), 1);
+  EXPECT_EQ(XLReadReference(path_.c_str(), nullptr, nullptr, 1), 0);
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, ASavedBufferIsCompactAndTwoSavesAreAlike) {
+  ASSERT_EQ(CreateOne(), 1);
+  ASSERT_EQ(Read(1), 0);
+  ASSERT_EQ(CreateTable(1), 0);
+  ASSERT_EQ(CreateTable(2), 0);
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 5)), 0);
+  ASSERT_EQ(Save(1), 0);
+  const Bytes expected = RefRecord(0xFF, 60) + TableHead(1) + Value(1, 5) + kTableEnd + TableHead(2) +
+                         kTableEnd + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8) +
+                         Entry(1, 2, 42) + RefRecord(0xFE, 0);
+  EXPECT_EQ(Hex(ReadStream(path_, "1       ").value_or(Bytes{})), Hex(expected));
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(expected + Bytes{0xF8, 0xFE, 0, 0}));
+  ASSERT_EQ(Save(1), 0);
+  EXPECT_EQ(Hex(ReadStream(path_, "1       ").value_or(Bytes{})), Hex(expected));
+  EXPECT_EQ(Listed(), Hex(Contents({1})));
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_F(ReferenceFileTest, ASavedReferenceCanBeEditedAndSavedAgain) {
+  ASSERT_EQ(CreateOne(), 1);
+  ASSERT_EQ(Read(1), 0);
+  ASSERT_EQ(CreateTable(1), 0);
+  ASSERT_EQ(CreateGraph(1), 0);
+  for (uint32_t round = 1; round <= 3; ++round) {
+    ASSERT_EQ(Save(1), 0);
+    MEMORYFREE(&buffer_);
+    ASSERT_EQ(Read(1), 0);
+    ASSERT_EQ(Put(1, kKindTable, Value(round, 5)), 0);
+    ASSERT_EQ(Put(1, kKindGraph, Value(round, 5)), 0);
+    EXPECT_EQ(Find(1, kKindTable).values, round);
+    EXPECT_EQ(Find(1, kKindGraph).values, round);
+  }
+}
+
+TEST_F(ReferenceFileTest, ASaveUnderAnUnlistedIdMakesAStreamAlone) {
+  Load(kNewStream);
+  EXPECT_EQ(Save(7), 0);
+  EXPECT_EQ(ReadStream(path_, "7       "), kNewStream);
+  EXPECT_EQ(Listed(), Hex(Contents({})));
+}
+
+TEST_F(ReferenceFileTest, ASaveThatCantOpenTheFileKeepsTheCompactBufferAndTheName) {
+  EXPECT_EQ(Save(1), 2);
+  Load(kNewStream);
+  ASSERT_EQ(CreateTable(1), 0);
+  EXPECT_EQ(XLSaveReference(folder_.File("missing.ref").c_str(), &buffer_, &size_, 1), 101);
+  EXPECT_EQ(size_, 66u);
+  EXPECT_EQ(BytesInUse(), 66u + 8u);
+  ASSERT_EQ(Save(1), 0);  // once more, elsewhere
+  EXPECT_EQ(ReadStream(path_, "1       ")->size(), 62u);
+}
+
+TEST_F(ReferenceFileTest, AFullPoolIsToldAndLeavesTheFileWhole) {
+  ASSERT_EQ(CreateOne(), 1);
+  const Bytes before = FileBytes(path_);
+  // What each call says with so many blocks free, and how many are live behind it.
+  const struct {
+    uint32_t free;
+    int32_t create, remove, read;
+    uint32_t after_create, after_remove, after_read;
+  } cases[] = {{0, -13, -13, -10, 9, 9, 9}, {1, -16, -16, 0, 9, 9, 9}, {2, 2, 0, 0, 7, 7, 8}};
+  for (const auto& one : cases) {
+    FillBut(one.free, before);
+    EXPECT_EQ(CreateOne(), one.create) << one.free;
+    EXPECT_EQ(LiveBlocks(), one.after_create) << one.free;
+    EXPECT_EQ(FileBytes(path_) == before, one.create < 0) << one.free;
+    FillBut(one.free, before);
+    EXPECT_EQ(Delete(1), one.remove) << one.free;
+    EXPECT_EQ(LiveBlocks(), one.after_remove) << one.free;
+    EXPECT_EQ(FileBytes(path_) == before, one.remove < 0) << one.free;
+    FillBut(one.free, before);
+    EXPECT_EQ(Read(1), one.read) << one.free;
+    EXPECT_EQ(LiveBlocks(), one.after_read) << one.free;
+  }
+}
+
+TEST_F(ReferenceFileTest, ListsThatHaveNoSlotAreToldWithTheBlocksHeld) {
+  Start(Contents({1}, 26000000));  // the list has room in the last slots, and the image of it in none
+  EXPECT_EQ(CreateOne(), -18);
+  EXPECT_EQ(LiveBlocks(), 1u);
+  EXPECT_EQ(BytesInUse(), 26000001u * 4);
+  MEMORYFREEALL();
+  EXPECT_EQ(Delete(1), -18);
+  EXPECT_EQ(BytesInUse(), 26000000u * 4);
+}
+
+TEST_F(ReferenceFileTest, ASaveWithoutABlockForTheCopyChangesNothing) {
+  ASSERT_EQ(CreateOne(), 1);
+  const Bytes before = FileBytes(path_);
+  ASSERT_EQ(Read(1), 0);
+  while (LiveBlocks() < 9) MEMORYALLOC(1);
+  EXPECT_EQ(Save(1), 4);
+  EXPECT_EQ(U16At(Stream(), 32), 0xFEF8);
+  EXPECT_EQ(FileBytes(path_), before);
+}
+
+TEST_F(ReferenceFileTest, EverySpoiltByteOfContentsEndsWithACode) {
+  const Bytes good = Contents({1, 2});
+  for (size_t at = 0; at < good.size(); ++at) {
+    for (const uint8_t spoilt : Bytes{0x00, 0x7F, 0xFA, 0xFE, 0xFF}) {
+      MEMORYFREEALL();
+      Bytes bad = good;
+      bad[at] = spoilt;
+      ASSERT_TRUE(WriteWorkbook(path_, "Contents", bad));
+      EXPECT_NE(CreateOne(), 0) << at;
+      Delete(2);
+      EXPECT_LE(LiveBlocks(), 2u) << at;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tolvenar::testing
