@@ -18,7 +18,7 @@
 
 #include <cstdint>
 
-#include "foundation/bytes.h"
+#include "platform/bytes.h"
 
 namespace tolvenar {
 

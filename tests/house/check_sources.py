@@ -24,7 +24,7 @@ def problems(project):
             found.append("%s: has more than %d lines" % (name, LONGEST_FILE))
         code = house.without_comments(text)
         if name.parts[0] == "src":
-            found += house.lines_matching(path, code, CASTS, "bytes are read through foundation/bytes.h", project)
+            found += house.lines_matching(path, code, CASTS, "bytes are read through platform/bytes.h", project)
         if name.parts[:2] == ("src", "exports"):
             found += house.lines_matching(path, code, DECISIONS, "an export only forwards", project)
     return found

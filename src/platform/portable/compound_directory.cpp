@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/portable/file_bytes.h"
+#include "platform/bytes.h"
 
 namespace tolvenar::platform {
 
@@ -18,11 +18,11 @@ constexpr uint8_t kRootName[] = {'R', 0, 'o', 0, 'o', 0, 't', 0, ' ', 0,
 // A name takes its units and a terminator, in bytes, and is counted so.
 void SetName(Node* node, const Name& name) {
   std::memcpy(node->entry.data() + kEntryName, name.units, 2 * name.count);
-  PutFileU16(node->entry.data() + kEntryNameSize, static_cast<uint16_t>(2 * (name.count + 1)));
+  WriteU16(node->entry.data() + kEntryNameSize, static_cast<uint16_t>(2 * (name.count + 1)));
 }
 
 bool HasNameSize(const uint8_t* entry) {
-  const uint32_t bytes = FileU16(entry + kEntryNameSize);
+  const uint32_t bytes = ReadU16(entry + kEntryNameSize);
   return bytes % 2 == 0 && bytes >= 2 && bytes <= 2 * (kNameUnits + 1);
 }
 
@@ -31,7 +31,7 @@ Node NodeOfEntry(const uint8_t* entry, uint32_t parent, bool large) {
   std::memcpy(node.entry.data(), entry, kEntryBytes);
   node.parent = parent;
   // Version 3 writers are known to leave anything in the high half.
-  node.size = large ? FileU64(entry + kEntrySize) : FileU32(entry + kEntrySize);
+  node.size = large ? ReadU64(entry + kEntrySize) : ReadU32(entry + kEntrySize);
   return node;
 }
 
@@ -46,7 +46,7 @@ class Loader {
       return kStgDocFileCorrupt;
     seen_[0] = true;
     directory_->nodes.push_back(NodeOfEntry(Entry(0), kRoot, large_));
-    Push(FileU32(Entry(0) + kEntryChild), kRoot);
+    Push(ReadU32(Entry(0) + kEntryChild), kRoot);
     while (!waiting_.empty()) {
       const Waiting next = waiting_.back();
       waiting_.pop_back();
@@ -75,9 +75,9 @@ class Loader {
     if ((type != kTypeStorage && type != kTypeStream) || !HasNameSize(entry)) return false;
     const uint32_t index = static_cast<uint32_t>(directory_->nodes.size());
     directory_->nodes.push_back(NodeOfEntry(entry, at.parent, large_));
-    Push(FileU32(entry + kEntryRight), at.parent);
-    Push(FileU32(entry + kEntryLeft), at.parent);
-    if (type == kTypeStorage) Push(FileU32(entry + kEntryChild), index);
+    Push(ReadU32(entry + kEntryRight), at.parent);
+    Push(ReadU32(entry + kEntryLeft), at.parent);
+    if (type == kTypeStorage) Push(ReadU32(entry + kEntryChild), index);
     return true;
   }
 
@@ -127,12 +127,12 @@ uint8_t NodeType(const Node& node) {
 }
 
 Name NodeName(const Node& node) {
-  const uint32_t bytes = FileU16(node.entry.data() + kEntryNameSize);
+  const uint32_t bytes = ReadU16(node.entry.data() + kEntryNameSize);
   return {node.entry.data() + kEntryName, bytes / 2 - 1};
 }
 
 uint32_t NodeStart(const Node& node) {
-  return FileU32(node.entry.data() + kEntryStart);
+  return ReadU32(node.entry.data() + kEntryStart);
 }
 
 Directory NewDirectory() {

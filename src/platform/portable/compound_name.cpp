@@ -3,8 +3,8 @@
 
 #include <iterator>
 
+#include "platform/bytes.h"
 #include "platform/portable/compound_format.h"
-#include "platform/portable/file_bytes.h"
 
 namespace tolvenar::platform {
 
@@ -69,7 +69,7 @@ constexpr FoldRange kFoldRanges[] = {
 // clang-format on
 
 uint16_t UnitAt(const Name& name, uint32_t index) {
-  return FileU16(name.units + 2 * index);
+  return ReadU16(name.units + 2 * index);
 }
 
 }  // namespace

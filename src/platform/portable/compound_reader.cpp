@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
+#include "platform/bytes.h"
 #include "platform/portable/compound_format.h"
-#include "platform/portable/file_bytes.h"
 #include "platform/portable/file_io.h"
 
 namespace tolvenar::platform {
@@ -131,12 +131,12 @@ class TableList {
       : reader_(reader), wanted_(wanted), seen_(reader.sector_count) {}
 
   HRESULT Gather(const uint8_t* header, std::vector<Extent>* extents) {
-    wanted_ = std::min<uint64_t>(wanted_, FileU32(header + kHeaderTableSectors));
+    wanted_ = std::min<uint64_t>(wanted_, ReadU32(header + kHeaderTableSectors));
     for (uint32_t i = 0; i < kHeaderListEntries && wanted_ != 0; ++i) {
-      const HRESULT result = Take(FileU32(header + kHeaderList + 4 * i), extents);
+      const HRESULT result = Take(ReadU32(header + kHeaderList + 4 * i), extents);
       if (result != S_OK) return result;
     }
-    return wanted_ != 0 ? GatherLong(FileU32(header + kHeaderFirstLongList), extents) : S_OK;
+    return wanted_ != 0 ? GatherLong(ReadU32(header + kHeaderFirstLongList), extents) : S_OK;
   }
 
  private:
@@ -183,21 +183,21 @@ HRESULT ReadTable(const uint8_t* header, CompoundReader* reader) {
 }
 
 HRESULT CheckHeader(const uint8_t* header, CompoundReader* reader) {
-  const uint32_t shift = FileU16(header + kHeaderSectorShift);
+  const uint32_t shift = ReadU16(header + kHeaderSectorShift);
   const bool known = (shift == kSmallSectorShift || shift == kLargeSectorShift) &&
-                     FileU16(header + kHeaderByteOrder) == kByteOrder &&
-                     FileU16(header + kHeaderMiniShift) == kMiniSectorShift &&
-                     FileU32(header + kHeaderCutoff) == kMiniCutoff;
+                     ReadU16(header + kHeaderByteOrder) == kByteOrder &&
+                     ReadU16(header + kHeaderMiniShift) == kMiniSectorShift &&
+                     ReadU32(header + kHeaderCutoff) == kMiniCutoff;
   if (!known) return kStgDocFileCorrupt;
   reader->sector_shift = shift;
   const uint64_t first = SectorOffset(*reader, 0);
   const uint64_t body = reader->size > first ? reader->size - first : 0;
   const uint64_t sectors = (body + SectorSize(*reader) - 1) >> shift;
   reader->sector_count = static_cast<uint32_t>(std::min<uint64_t>(sectors, kLastSector));
-  reader->first_directory = FileU32(header + kHeaderFirstDirectory);
+  reader->first_directory = ReadU32(header + kHeaderFirstDirectory);
   // With a count of none the first sector is not to be trusted: there are writers that leave 0 there.
-  const bool has_mini_table = FileU32(header + kHeaderMiniTableSectors) != 0;
-  reader->first_mini_table = has_mini_table ? FileU32(header + kHeaderFirstMiniTable) : kEndOfChain;
+  const bool has_mini_table = ReadU32(header + kHeaderMiniTableSectors) != 0;
+  reader->first_mini_table = has_mini_table ? ReadU32(header + kHeaderFirstMiniTable) : kEndOfChain;
   return S_OK;
 }
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/portable/file_bytes.h"
+#include "platform/bytes.h"
 #include "platform/portable/file_io.h"
 
 namespace tolvenar::platform {
@@ -42,7 +42,7 @@ class Output {
 
   void U32(uint32_t value) {
     uint8_t bytes[4];
-    PutFileU32(bytes, value);
+    WriteU32(bytes, value);
     Bytes(bytes, sizeof bytes);
   }
 
@@ -146,21 +146,21 @@ class Writer {
     uint8_t header[kFileHeaderSize] = {};
     const bool large = plan_.sector_shift == kLargeSectorShift;
     std::memcpy(header, kSignature, sizeof kSignature);
-    PutFileU16(header + kHeaderMinor, kMinorVersion);
-    PutFileU16(header + kHeaderMajor, large ? 4 : 3);
-    PutFileU16(header + kHeaderByteOrder, kByteOrder);
-    PutFileU16(header + kHeaderSectorShift, static_cast<uint16_t>(plan_.sector_shift));
-    PutFileU16(header + kHeaderMiniShift, kMiniSectorShift);
-    PutFileU32(header + kHeaderDirectorySectors, large ? plan_.directory : 0);
-    PutFileU32(header + kHeaderTableSectors, plan_.table);
-    PutFileU32(header + kHeaderFirstDirectory, first_directory_);
-    PutFileU32(header + kHeaderCutoff, kMiniCutoff);
-    PutFileU32(header + kHeaderFirstMiniTable, plan_.mini_table != 0 ? first_mini_table_ : kEndOfChain);
-    PutFileU32(header + kHeaderMiniTableSectors, plan_.mini_table);
-    PutFileU32(header + kHeaderFirstLongList, plan_.long_list != 0 ? 0 : kEndOfChain);
-    PutFileU32(header + kHeaderLongListSectors, plan_.long_list);
+    WriteU16(header + kHeaderMinor, kMinorVersion);
+    WriteU16(header + kHeaderMajor, large ? 4 : 3);
+    WriteU16(header + kHeaderByteOrder, kByteOrder);
+    WriteU16(header + kHeaderSectorShift, static_cast<uint16_t>(plan_.sector_shift));
+    WriteU16(header + kHeaderMiniShift, kMiniSectorShift);
+    WriteU32(header + kHeaderDirectorySectors, large ? plan_.directory : 0);
+    WriteU32(header + kHeaderTableSectors, plan_.table);
+    WriteU32(header + kHeaderFirstDirectory, first_directory_);
+    WriteU32(header + kHeaderCutoff, kMiniCutoff);
+    WriteU32(header + kHeaderFirstMiniTable, plan_.mini_table != 0 ? first_mini_table_ : kEndOfChain);
+    WriteU32(header + kHeaderMiniTableSectors, plan_.mini_table);
+    WriteU32(header + kHeaderFirstLongList, plan_.long_list != 0 ? 0 : kEndOfChain);
+    WriteU32(header + kHeaderLongListSectors, plan_.long_list);
     for (uint32_t i = 0; i < kHeaderListEntries; ++i) {
-      PutFileU32(header + kHeaderList + 4 * i, i < plan_.table ? first_table_ + i : kFreeSector);
+      WriteU32(header + kHeaderList + 4 * i, i < plan_.table ? first_table_ + i : kFreeSector);
     }
     output_.Bytes(header, sizeof header);
     output_.FillUnit(size_, 0);
@@ -215,9 +215,9 @@ class Writer {
       output_.Bytes(entry.data(), entry.size());
     }
     uint8_t unused[kEntryBytes] = {};
-    PutFileU32(unused + kEntryLeft, kNoEntry);
-    PutFileU32(unused + kEntryRight, kNoEntry);
-    PutFileU32(unused + kEntryChild, kNoEntry);
+    WriteU32(unused + kEntryLeft, kNoEntry);
+    WriteU32(unused + kEntryRight, kNoEntry);
+    WriteU32(unused + kEntryChild, kNoEntry);
     while (output_.position() % size_ != 0) output_.Bytes(unused, sizeof unused);
   }
 
@@ -227,11 +227,11 @@ class Writer {
     const bool storage = NodeType(node) == kTypeStorage;
     const uint64_t mini_size = static_cast<uint64_t>(plan_.mini_sectors) * kMiniSectorSize;
     entry[kEntryColour] = links_[i].colour;
-    PutFileU32(entry + kEntryLeft, links_[i].left);
-    PutFileU32(entry + kEntryRight, links_[i].right);
-    PutFileU32(entry + kEntryChild, links_[i].child);
-    PutFileU32(entry + kEntryStart, storage ? 0 : starts_[i]);
-    PutFileU64(entry + kEntrySize, i == 0 ? mini_size : storage ? 0 : node.size);
+    WriteU32(entry + kEntryLeft, links_[i].left);
+    WriteU32(entry + kEntryRight, links_[i].right);
+    WriteU32(entry + kEntryChild, links_[i].child);
+    WriteU32(entry + kEntryStart, storage ? 0 : starts_[i]);
+    WriteU64(entry + kEntrySize, i == 0 ? mini_size : storage ? 0 : node.size);
   }
 
   void Contents(bool mini) {

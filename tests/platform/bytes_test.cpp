@@ -1,6 +1,6 @@
 // Byte helpers: literal bytes in, literal values out, around the powers of two where a sign or a width would
 // show.
-#include "foundation/bytes.h"
+#include "platform/bytes.h"
 
 #include <gtest/gtest.h>
 

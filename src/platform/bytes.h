@@ -1,5 +1,6 @@
 // Little-endian fields of a byte buffer, read and written through memcpy. These take plain pointers and trust them: they are for
-// records under construction and for tables. A stream in a pool block is read through the gate of record_stream.h.
+// records under construction, tables, and the headers and sectors of a file. A stream in a pool block is read through the gate of
+// record_stream.h.
 #pragma once
 
 #include <bit>
@@ -41,6 +42,10 @@ inline void WriteU16(uint8_t* p, uint16_t value) {
 }
 
 inline void WriteU32(uint8_t* p, uint32_t value) {
+  std::memcpy(p, &value, sizeof value);
+}
+
+inline void WriteU64(uint8_t* p, uint64_t value) {
   std::memcpy(p, &value, sizeof value);
 }
 
