@@ -1,4 +1,4 @@
-// An element of a caller's SAFEARRAY as plain bytes, whatever the elements are: the counterpart of PutBytes.
+// The array of a caller: the one that a variable names, and an element of it as plain bytes, whatever the elements are.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,18 @@
 #include "tolvenar/automation.h"
 
 namespace tolvenar::platform {
+
+// The array that a caller's variable names; null, which refuses every element, when there is no variable.
+inline SAFEARRAY* ArrayAt(SAFEARRAY** array) {
+  return array != nullptr ? *array : nullptr;
+}
+
+// The same for elements of `dimensions` indices. An array of more dimensions would read indices that are not
+// there: it counts as none.
+inline SAFEARRAY* ArrayAt(SAFEARRAY** array, UINT dimensions) {
+  SAFEARRAY* named = ArrayAt(array);
+  return SafeArrayGetDim(named) <= dimensions ? named : nullptr;
+}
 
 // True for elements that are nothing but bytes, at most as many as a VARIANT has. Texts, values, interfaces and records would be handed out
 // as copies that somebody has to release.

@@ -8,21 +8,12 @@
 #pragma once
 
 #include "foundation/biff_records.h"
+#include "platform/array_get.h"
 #include "tolvenar/automation.h"
 
 namespace tolvenar {
 
-// The array that a caller's variable names; null, which refuses every element, when there is no variable.
-inline SAFEARRAY* ArrayAt(SAFEARRAY** array) {
-  return array != nullptr ? *array : nullptr;
-}
-
-// The same for elements of `dimensions` indices. An array of more dimensions would read indices that are not
-// there: it counts as none.
-inline SAFEARRAY* ArrayAt(SAFEARRAY** array, UINT dimensions) {
-  SAFEARRAY* named = ArrayAt(array);
-  return SafeArrayGetDim(named) <= dimensions ? named : nullptr;
-}
+using platform::ArrayAt;
 
 constexpr UINT kCellDimensions = 2;
 

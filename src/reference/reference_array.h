@@ -6,10 +6,11 @@
 
 #include "platform/array_get.h"
 #include "platform/array_put.h"
-#include "query/array_element.h"
 #include "tolvenar/automation.h"
 
 namespace tolvenar {
+
+using platform::ArrayAt;
 
 constexpr int16_t kRefArrayFits = 0;
 constexpr int16_t kRefWrongDimensions = -3;
