@@ -10,8 +10,7 @@ namespace tolvenar {
 namespace {
 
 constexpr uint32_t kNone = 0xFFFFFFFF;
-constexpr uint8_t kLinkTitle = 1;
-constexpr uint8_t kLinkAxisOne = 2;
+constexpr uint8_t kLinkTitle = 1;  // the two axes are 2 and 3
 constexpr uint8_t kLinkAxisTwo = 3;
 
 // The first record of each kind in a TEXT's block.
@@ -28,7 +27,7 @@ struct TextPlace {
 };
 
 struct Titles {
-  TextPlace places[kLinkAxisTwo];
+  TextPlace places[kLinkAxisTwo];  // by link less 1
   const TitleOutputs* outputs;
 };
 
