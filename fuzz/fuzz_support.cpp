@@ -20,6 +20,10 @@ namespace {
 
 constexpr int16_t kSheetsRead = 4;
 constexpr ULONG kRecordsListed = 64;
+constexpr int16_t kChartsRead = 2;
+constexpr ULONG kProperties = 21;
+constexpr int16_t kSeriesRead = 3;
+constexpr int16_t kUnbalanced = 100;
 constexpr uint16_t kTypeWindow2 = 0x023E;
 
 // An array of the fuzzers' size that is given back at the end of its block.
@@ -65,6 +69,25 @@ void ReadSheet(const Book& book, int16_t sheet) {
     Cells formats(type);
     XLGetCellData(formats.get(), book.buffer, book.table, sheet);
   }
+}
+
+uint32_t ReadChart(const Book& book, int16_t sheet, int16_t chart) {
+  Cells cells(VT_I4), properties(VT_I4, kProperties), names(VT_BSTR, kSeriesRead);
+  Cells references(VT_I4, kSeriesRead), groups(VT_I4, kSeriesRead), colours(VT_I4, kSeriesRead);
+  BSTR texts[3] = {};
+  uint16_t fonts[2] = {};
+  uint32_t colour = 0;
+  uint32_t left = 0;
+  for (const int16_t result : {XLGetGraphData(cells.get(), book.buffer, book.table, sheet, chart),
+                               XLGetChartData(properties.get(), book.buffer, book.table, sheet, chart)}) {
+    left += result == kUnbalanced ? 1 : 0;
+  }
+  XLGetSetData(book.buffer, book.table, sheet, chart, names.get(), references.get(), names.get(),
+               groups.get(), colours.get(), kSeriesRead, kSeriesRead);
+  XLGetTitleData(book.buffer, book.table, sheet, chart, &texts[0], &texts[1], &texts[2], &fonts[0], &fonts[1],
+                 &colour);
+  for (const BSTR text : texts) SysFreeString(text);
+  return left;
 }
 
 void AddValue(SAFEARRAY* cells, LONG row, LONG column, Bytes* to) {
@@ -145,6 +168,15 @@ Book OpenStream(const Bytes& stream) {
 void ReadEverything(const Book& book) {
   ReadCatalogue(book);
   for (int16_t sheet = 0; sheet <= kSheetsRead; ++sheet) ReadSheet(book, sheet);
+}
+
+uint32_t ReadCharts(const Book& book) {
+  uint32_t left = 0;
+  for (int16_t sheet = 0; sheet <= kSheetsRead; ++sheet) {
+    XLGetNumCharts(book.buffer, book.table, sheet);
+    for (int16_t chart = 1; chart <= kChartsRead; ++chart) left += ReadChart(book, sheet, chart);
+  }
+  return left;
 }
 
 Bytes AllValues(const Book& book) {

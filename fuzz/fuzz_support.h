@@ -26,6 +26,10 @@ Book OpenStream(const testing::Bytes& stream);
 // Calls every export that reads, on every sheet, with arrays of the kinds that a host would give them.
 void ReadEverything(const Book& book);
 
+// Calls the exports that read charts, on every sheet. Returns how many pool blocks stay live, as an END too many
+// has it.
+uint32_t ReadCharts(const Book& book);
+
 // The values of all sheets as text, for comparing a workbook with itself.
 testing::Bytes AllValues(const Book& book);
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "fuzz_support.h"
+#include "support/chart_builder.h"
 
 using tolvenar::testing::Bytes;
 using tolvenar::testing::operator+;
@@ -58,6 +59,18 @@ Bytes TextResultAndChart() {
   return builder.Number(0, 2, 15, 3).Eof().Stream();
 }
 
+// A chart with two series, a legend and a title, and one behind it that is a pie.
+Bytes Charts() {
+  tolvenar::testing::ChartBuilder book;
+  book.Worksheet().Obj(5, 1, 1, 1).Open().Chart().Begin().Series(3).Begin().SeriesText("North");
+  book.Ai(1, tolvenar::testing::Area3d(0, 0, {1, 3, 1, 1})).AreaFormat(1, 2, 1).Low(0x45, Bytes{0, 0}).End();
+  book.Series(1).Begin().Ai256(tolvenar::testing::Ref3d(0, 1, 1)).End().Low(0x0C, Bytes{0x10, 0});
+  book.Low(0x14).Begin().Low(0x17, Bytes(6)).Low(0x3A, Bytes(14)).Low(0x15, Bytes(20)).Begin().End().End();
+  book.TextRecord(7).Begin().FontX(5).ObjectLink(1).SeriesText("Title").End().End().Close();
+  book.Open().Chart().Begin().Low(0x19, Bytes(4)).Low(0x3E, Bytes(2)).Low(0x3F, Bytes(2)).End().Close();
+  return book.EndSheet().Stream().Stream();
+}
+
 // Jumps that lead to themselves, to each other, backwards and out of the block.
 Bytes Ring(uint32_t target) {
   StreamBuilder builder = Globals(6);
@@ -77,6 +90,7 @@ int main(int argc, char** argv) {
   Write(any / "cells_biff8.bin", AllCells(6));
   Write(any / "shared_strings.bin", SharedStrings());
   Write(any / "text_result_and_chart.bin", TextResultAndChart());
+  Write(any / "charts.bin", Charts());
   Write(any / "detour_backwards.bin", Ring(0));
   Write(any / "detour_out_of_the_block.bin", Ring(0xFFFFFFF0u));
   Bytes choices;

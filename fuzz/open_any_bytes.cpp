@@ -41,5 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   ::XLDeleteDBCells(book.buffer, book.size);
   if (::XLRefreshHandles(&book.buffer, book.table, &book.size) == 0) tolvenar::fuzz::ReadEverything(book);
   Require(LiveBlocks() == 2, "a refresh gives back what it took");
+  const uint32_t left = tolvenar::fuzz::ReadCharts(book);
+  Require(LiveBlocks() == 2 + left, "the readers of charts give back what they took, but for what they say");
   return 0;
 }

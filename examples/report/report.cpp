@@ -1,4 +1,4 @@
-// The report: shows what is in a workbook, changes a few cells in memory, shows the patches that this has
+// The report: shows what is in a workbook, its charts too, changes a few cells in memory, shows the patches that this has
 // made, saves the workbook under a new name, opens the result and shows that the changes are there. In a
 // workbook of Excel 5.0 or 95 that has formulas it also inserts a row, in memory only, and shows how cells and
 // formulas follow. The workbook that it was given stays as it is.
@@ -22,8 +22,11 @@
 
 namespace fs = std::filesystem;
 using report::Cell;
+using report::Chart;
+using report::ChartCell;
 using report::Formula;
 using report::Patches;
+using report::Series;
 using report::Sheet;
 using report::Workbook;
 
@@ -33,6 +36,7 @@ constexpr size_t kRowsShown = 6;
 constexpr size_t kColumnsShown = 7;
 constexpr int kColumnWidth = 13;
 constexpr size_t kFormulasShown = 3;
+constexpr size_t kCellsShown = 4;
 
 // A text of the workbook for the terminal: its bytes are characters of Latin-1.
 std::string Printable(const std::string& text) {
@@ -77,6 +81,38 @@ void PrintTable(const Sheet& sheet) {
   if (sheet.rows.size() > kRowsShown) std::printf("    ... %zu rows more\n", sheet.rows.size() - kRowsShown);
 }
 
+void PrintSeries(const Series& series, size_t number) {
+  std::string line;
+  for (size_t i = 0; i < std::min(series.cells.size(), kCellsShown); ++i) {
+    const ChartCell& cell = series.cells[i];
+    line += (i == 0 ? ": sheet " : ", sheet ") + std::to_string(cell.sheet) + " R" +
+            std::to_string(cell.row) + "C" + std::to_string(cell.column);
+  }
+  if (series.cells.size() > kCellsShown)
+    line += " ... " + std::to_string(series.cells.size() - kCellsShown) + " cells more";
+  std::printf("      series %zu \"%s\"%s\n", number, Printable(series.name).c_str(), line.c_str());
+}
+
+void PrintCharts(const Workbook& book, int sheet) {
+  if (book.Generation() == 6 && book.ChartCount(sheet) > 0) {
+    std::printf(
+        "    (The library takes charts for those of BIFF5. Of BIFF8 it gives their texts cut short, and for\n"
+        "    the cells of a series what stands in the place of a longer formula.)\n");
+  }
+  for (int number = 1; number <= book.ChartCount(sheet); ++number) {
+    const Chart chart = book.ReadChart(sheet, number);
+    if (chart.family.empty()) {
+      std::printf("    chart %d: the library does not find it in a sheet of its own here\n", number);
+      continue;
+    }
+    std::printf("    chart %d: %s, %d by %d points, %zu series, title \"%s\", axes \"%s\" and \"%s\"\n",
+                number, chart.family.c_str(), chart.width, chart.height, chart.series.size(),
+                Printable(chart.title).c_str(), Printable(chart.axes[0]).c_str(),
+                Printable(chart.axes[1]).c_str());
+    for (size_t i = 0; i < chart.series.size(); ++i) PrintSeries(chart.series[i], i + 1);
+  }
+}
+
 void PrintSheets(const Workbook& book) {
   if (book.Generation() == 5)
     std::printf("  (The library gives the sheet names of BIFF5 without their first letter.)\n");
@@ -84,12 +120,14 @@ void PrintSheets(const Workbook& book) {
     std::printf("  Sheet %d, \"%s\"", sheet, Printable(book.SheetName(sheet)).c_str());
     if (!book.IsWorksheet(sheet)) {
       std::printf(": no worksheet\n");
+      PrintCharts(book, sheet);
       continue;
     }
     const Sheet read = book.ReadSheet(sheet);
     const size_t columns = read.rows.empty() ? 0 : read.rows[0].size();
     std::printf(": %zu rows, %zu columns\n", read.rows.size(), columns);
     PrintTable(read);
+    PrintCharts(book, sheet);
   }
 }
 

@@ -53,6 +53,29 @@ struct Formula {
   std::vector<uint8_t> tokens;
 };
 
+// A cell that a chart draws on; all count from 1.
+struct ChartCell {
+  int sheet = 0;
+  int row = 0;
+  int column = 0;
+};
+
+// A series of a chart. Its name is in a cell where it is no text.
+struct Series {
+  std::string name;
+  std::vector<ChartCell> cells;
+};
+
+// A chart. Texts of generation 6 come cut short: by a character, or to half of them.
+struct Chart {
+  std::string family;
+  int width = 0;  // in points
+  int height = 0;
+  std::string title;
+  std::string axes[2];
+  std::vector<Series> series;
+};
+
 class Workbook {
  public:
   // Opens a workbook. Nobody else may have it open meanwhile; it is closed again when this returns.
@@ -70,6 +93,11 @@ class Workbook {
   std::string SheetName(int sheet) const;
   bool IsWorksheet(int sheet) const;
   Sheet ReadSheet(int sheet) const;
+  // Charts count from 1 in their sheet. The chart of a chart sheet is counted, but may not be there to read: Chart
+  // is then without a family. In generation 6 the cells are not those that the formulas of the series mean: the
+  // library takes every formula of a chart for one of generation 5.
+  int ChartCount(int sheet) const;
+  Chart ReadChart(int sheet, int chart) const;
   Patches CountPatches() const;
   std::vector<Formula> Formulas(int sheet) const;
 
@@ -94,6 +122,10 @@ class Workbook {
   void ReadValues(int sheet, Sheet* into) const;
   void ReadFormats(int sheet, Sheet* into) const;
   std::vector<std::vector<uint8_t>> Records() const;
+  std::vector<int> ReadProperties(int sheet, int chart) const;
+  void ReadSeriesCells(int sheet, int chart, int longest, Chart* into) const;
+  void ReadSeriesNames(int sheet, int chart, Chart* into) const;
+  void ReadTitles(int sheet, int chart, Chart* into) const;
 
   uint32_t buffer_ = 0;
   uint32_t size_ = 0;

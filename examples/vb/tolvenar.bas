@@ -70,6 +70,22 @@ Public Declare Function XLGetVariantData Lib "tolvenar.dll" (ByRef cells() As An
 Public Declare Function XLGetCellData Lib "tolvenar.dll" (ByRef cells() As Any, ByVal buffer As Long, _
     ByVal table As Long, ByVal sheet As Integer) As Integer
 
+' ---- Charts ----
+
+Public Declare Function XLGetNumCharts Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer) As Long
+Public Declare Function XLGetGraphData Lib "tolvenar.dll" (ByRef cells() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer, ByVal chart As Integer) As Integer
+Public Declare Function XLGetSetData Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer, ByVal chart As Integer, ByRef names() As Any, ByRef references() As Any, _
+    ByRef spare() As Any, ByRef groups() As Any, ByRef colours() As Any, ByVal seriesCount As Integer, _
+    ByVal spareCount As Integer) As Integer
+Public Declare Function XLGetTitleData Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long, _
+    ByVal sheet As Integer, ByVal chart As Integer, ByRef title As String, ByRef axisOne As String, _
+    ByRef axisTwo As String, ByRef titleFont As Integer, ByRef axisFont As Integer, ByRef colour As Long) As Integer
+Public Declare Function XLGetChartData Lib "tolvenar.dll" (ByRef properties() As Any, ByVal buffer As Long, _
+    ByVal table As Long, ByVal sheet As Integer, ByVal chart As Integer) As Integer
+
 ' ---- Cell editing ----
 
 Public Declare Function XLChangeCellValue Lib "tolvenar.dll" (ByRef buffer As Long, ByVal table As Long, _

@@ -250,6 +250,64 @@ TOLVENAR_API int16_t TOLVENAR_CDECL XLSGetVariantData(uint32_t unused, SAFEARRAY
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetCellData(SAFEARRAY** cells, uint32_t buffer, uint32_t table,
                                                  int16_t sheet);
 
+/* ---- Charts --------------------------------------------------------------------------------
+ *
+ * A chart is asked for by its sheet and its number in it, both 1-based. Charts are only read. A cell of the workbook comes as one
+ * 32-bit number, 0 for none: less 1, its bytes from the lowest on are the sheet (low byte of its number), the row (low byte, then the
+ * upper 6 bits) and the column, all as the formula of the series holds them: 0-based, and always taken for BIFF5's layout.
+ *
+ * Result of the four readers of a chart, in the order of the checks: 1 null table or no sheets; 2 sheet above a negative count and below
+ * 1; 3 XLGetNumCharts gives a negative number; 4, 5 see XLGetSetData; 6, 7, 8 can't happen; 9 there is no such chart, or its substream is
+ * not closed in front of the sheet's end; 10 no pool block (asked for in front of 9 by XLGetGraphData and XLGetChartData); 100 an END
+ * came with nothing open: what was read in front of it is given, and one pool block of 120 bytes stays live, which only MEMORYFREEALL
+ * gives back; 0 done.
+ *
+ * The sheet's end is, on purpose, by 4 bytes another where the number of the sheet equals that of its charts. So the chart of a chart
+ * sheet is found where the sheet is the first and not the last, or the last and not the first, and not elsewhere. */
+
+/* Result: the number of charts of a sheet, 1 for every chart sheet, in the low 16 bits (signed; the rest repeats the sign). Below 0:
+ * -1 null table; -2 no such sheet; -3 null buffer; -4 globals; -5 Visual Basic module; -6 macro sheet; -7 workspace. */
+TOLVENAR_API int32_t TOLVENAR_CALL XLGetNumCharts(uint32_t buffer, uint32_t table, int16_t sheet);
+
+/* Puts the cells that the series' values come from into a two-dimensional array of 32-bit integers: first index the series, second
+ * the item, both from 1. Areas come cell by cell, columns fastest. Elements that no cell belongs to stay as they were.
+ * Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetGraphData(SAFEARRAY** cells, uint32_t buffer, uint32_t table,
+                                                  int16_t sheet, int16_t chart);
+
+/* Puts what is told of series i into element i of arrays of one dimension, from exactly 1 to exactly seriesCount. What is not told
+ * stays as it was.
+ *   names       BSTR: the name, one byte a character; in BIFF8 a byte of flags comes first and the last character is missing, on purpose
+ *   references  32-bit integers: the cell of the name, where there is no name as text
+ *   spare       anything, from 1 to spareCount: only its shape is looked at
+ *   groups      32-bit integers: set them to 0 first. The kind of the series' chart group: 0 area, bar, pie or surface; 1 line, scatter or
+ *               radar; 0xFFFF a group of no kind
+ *   colours     32-bit integers: the colour, red in the low byte, then green, blue
+ * Result: as above, with 4 an array has not one dimension, 5 it has other bounds (names, references, groups, colours, spare, in this
+ * order). A name that finds no pool block leaves all of its series but what came before it as it was. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetSetData(uint32_t buffer, uint32_t table, int16_t sheet, int16_t chart,
+                                                SAFEARRAY** names, SAFEARRAY** references, SAFEARRAY** spare,
+                                                SAFEARRAY** groups, SAFEARRAY** colours, int16_t seriesCount,
+                                                int16_t spareCount);
+
+/* Gives the titles of a chart, their fonts (indices of FONT records) and their colour, that of the text that stands last. What the chart
+ * does not have stays as it was; a text that *title, *axisOne or *axisTwo held before is not released. Texts are as the names of
+ * XLGetSetData, and the caller's. Result: as above, without 10 and 100. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetTitleData(uint32_t buffer, uint32_t table, int16_t sheet,
+                                                  int16_t chart, BSTR* title, BSTR* axisOne, BSTR* axisTwo,
+                                                  uint16_t* titleFont, uint16_t* axisFont, uint32_t* colour);
+
+/* Puts the properties of a chart into an array of 32-bit integers, one dimension, from 1 to 21 at least. None is cleared, and some are
+ * read and changed: set all to 0 first, or a second call on the same array can move 4 and 9 further.
+ *    1 the largest number of categories of a series (of cells in its values); 2 number of series; 3 1: round (pie, radar)
+ *    4 raised by 2: pie, and surface or scatter with their flag; 5 family: 0, 1 radar, 2 pie, 3 three-dimensional
+ *    6 1: stacked; 7 2: stacked; 8 background colour; 9 code of the labels; 10 bars: 4 lying, 1 standing
+ *   11 left column, 12 top row, 21 id of the chart's object in the sheet, each plus 1; 13 width, 14 height, 20 to a point
+ *   15 font of the chart's texts, 16 of the legend's, 17 of all else; 18 1: the legend's place is 2; 19 1: legend; 20 1: lines
+ * Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLGetChartData(SAFEARRAY** properties, uint32_t buffer, uint32_t table,
+                                                  int16_t sheet, int16_t chart);
+
 /* ---- Cell editing ---------------------------------------------------------------------------------------------------------- */
 
 /* Gives one cell a new value. The cell must lie in the sheet's used range and in a row that has a ROW record.

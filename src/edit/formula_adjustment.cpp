@@ -2,7 +2,7 @@
 // stand in formula_adjustment.h.
 #include "edit/formula_adjustment.h"
 
-#include "edit/formula_tokens.h"
+#include "query/formula_tokens.h"
 
 namespace tolvenar {
 

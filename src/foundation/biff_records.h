@@ -212,4 +212,85 @@ constexpr uint32_t kLabelFixed = kHeaderSize + 6 + 2;  // row, column, XF, lengt
 constexpr uint32_t kXfSizeBiff5 = kHeaderSize + 16;
 constexpr uint32_t kRunFixed = kHeaderSize + 4 + 2;  // row, first column; last column; the cells between them
 
+// Chart records: low bytes of types that have the chart bit.
+constexpr uint8_t kLowChart = 0x02;
+constexpr uint8_t kLowSeries = 0x03;
+constexpr uint8_t kLowAreaFormat = 0x0A;
+constexpr uint8_t kLowAttachedLabel = 0x0C;
+constexpr uint8_t kLowSeriesText = 0x0D;
+constexpr uint8_t kLowChartFormat = 0x14;
+constexpr uint8_t kLowLegend = 0x15;
+constexpr uint8_t kLowBar = 0x17;
+constexpr uint8_t kLowLine = 0x18;
+constexpr uint8_t kLowPie = 0x19;
+constexpr uint8_t kLowArea = 0x1A;
+constexpr uint8_t kLowScatter = 0x1B;
+constexpr uint8_t kLowAxis = 0x1D;
+constexpr uint8_t kLowText = 0x25;
+constexpr uint8_t kLowFontX = 0x26;
+constexpr uint8_t kLowObjectLink = 0x27;
+constexpr uint8_t kLowBegin = 0x33;
+constexpr uint8_t kLowEnd = 0x34;
+constexpr uint8_t kLow3d = 0x3A;
+constexpr uint8_t kLowRadar = 0x3E;
+constexpr uint8_t kLowSurface = 0x3F;
+constexpr uint8_t kLowRadarArea = 0x40;
+constexpr uint8_t kLowSerToCrt = 0x45;
+constexpr uint8_t kLowAi = 0x51;
+
+// High byte of the type of a chart record, where that is looked at as a whole.
+constexpr uint8_t kChartHigh = 0x10;
+
+// CHART: left, top, width, height, each a fixed-point number of points: fraction u16, integer part i16.
+constexpr uint32_t kChartWidth = 14;
+constexpr uint32_t kChartHeight = 18;
+
+// SERIES: kinds of data u16, u16, count of categories u16.
+constexpr uint32_t kSeriesCategories = 8;
+
+// AREAFORMAT: foreground colour u32, background colour u32, pattern u16.
+constexpr uint32_t kAreaForeground = 4;
+constexpr uint32_t kAreaBackground = 8;
+constexpr uint32_t kAreaPattern = 12;  // u8
+constexpr uint32_t kAreaPatternHigh = 13;
+
+// SERIESTEXT: u16, length u8, text.
+constexpr uint32_t kSeriesTextLength = 6;
+constexpr uint32_t kSeriesTextText = 7;
+
+// TEXT: alignment u8, u8, background mode u16, colour u32. FONTX: index of a FONT u16.
+// OBJECTLINK: what the text belongs to u16. SERTOCRT: number of the series' chart group u16.
+constexpr uint32_t kTextColour = 8;
+constexpr uint32_t kFontXFont = 4;
+constexpr uint32_t kObjectLinkKind = 4;
+constexpr uint32_t kObjectLinkKindHigh = 5;
+constexpr uint32_t kSerToCrtGroup = 4;
+
+// LEGEND: rectangle 16 bytes, place u8.
+constexpr uint32_t kLegendPlace = 20;
+
+// Flags of chart types, of which the low byte is read. BAR: overlap i16, gap i16, flags u16. SCATTER, BIFF8: size
+// ratio u16, kind of size u16, flags u16. AREA, RADAR, RADARAREA, SURFACE: flags u16.
+constexpr uint32_t kBarFlags = 8;
+constexpr uint32_t kScatterFlags = 8;
+constexpr uint32_t kAreaFlags = 4;
+constexpr uint32_t kRadarFlags = 4;
+constexpr uint32_t kSurfaceFlags = 4;
+// LINE has its flags at 4, and they are read at 8, on purpose: that is the length of the record behind it.
+constexpr uint32_t kLineFlags = 8;
+
+// ATTACHEDLABEL: flags u16.
+constexpr uint32_t kAttachedLabelFlags = 4;
+
+// AI: what it is the data of u8, how u8, flags u16, number format u16, length of the formula u16, its tokens.
+constexpr uint32_t kAiKind = 4;
+constexpr uint32_t kAiLength = 10;
+constexpr uint32_t kAiTokens = 12;
+
+// OBJ, BIFF5: count u32, kind u16, id u16, flags u16, left column u16, u16, top row u16.
+constexpr uint32_t kObjKind = 8;
+constexpr uint32_t kObjId = 10;
+constexpr uint32_t kObjLeft = 14;
+constexpr uint32_t kObjTop = 18;
+
 }  // namespace tolvenar

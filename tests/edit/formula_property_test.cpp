@@ -2,7 +2,7 @@
 // insertion and a deletion at one place restore.
 #include <random>
 
-#include "edit/formula_tokens.h"
+#include "query/formula_tokens.h"
 #include "support/formula_builder.h"
 #include "support/pool_fixture.h"
 

@@ -5,11 +5,13 @@
 import os
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
 import unittest
 
+import olefile
 import xlrd
 
 FIRST_HOST, REPORT, NEW_REPORT, NEWREF, SAMPLES = sys.argv[1:6]
@@ -23,6 +25,52 @@ def run(*command):
 def read(path):
     with open(path, "rb") as file:
         return file.read()
+
+
+def record(kind, *parts):
+    payload = b"".join(parts)
+    return struct.pack("<HH", kind, len(payload)) + payload
+
+
+def words(*values):
+    return struct.pack("<%dH" % len(values), *values)
+
+
+def area(sheet, top, bottom, column):
+    """The values of a series: rows of one column."""
+    token = b"\x3B" + struct.pack("<h8xHH", -1, sheet, sheet) + words(top, bottom) + bytes([column, column])
+    return record(0x1051, b"\1\2", words(0, 0, len(token)), token)
+
+
+def text(value):
+    return record(0x100D, words(0), bytes([len(value)]), value)
+
+
+def series(name, values):
+    block = record(0x1033) + (text(name) if name else b"") + values + record(0x1034)
+    return record(0x1003, words(1, 1, 3, 3)) + block
+
+
+def title(kind, value):
+    link = record(0x1027, words(kind, 0, 0))
+    return record(0x1025, words(2, 1), bytes(20)) + record(0x1033) + record(0x1026, words(5)) + link + text(value) + record(0x1034)
+
+
+def chart(kind, *parts):
+    """An embedded chart of 300.5 by 200.25 points: its type, then series and titles."""
+    size = struct.pack("<8xHHHH", 0x8000, 300, 0x4000, 200)
+    group = record(0x1014, bytes(16)) + record(0x1033) + kind + record(0x1034)
+    body = record(0x1002, size) + record(0x1033) + b"".join(parts) + group + record(0x1034)
+    return record(0x0809, words(0x0500, 0x20, 0, 0)) + body + record(0x000A)
+
+
+def workbook_of(*charts):
+    """A BIFF5 stream with one sheet, which holds a number and these charts."""
+    bof = record(0x0809, words(0x0500, 5, 0, 0))
+    bound = record(0x0085, struct.pack("<IHB", len(bof) + 15 + 4, 0, 4), b"Data")
+    cell = record(0x0208, words(0, 0, 1, 255, 0, 0, 0, 15)) + record(0x0203, words(0, 0, 15), struct.pack("<d", 1.5))
+    sheet = record(0x0809, words(0x0500, 0x10, 0, 0)) + record(0x0200, words(0, 1, 0, 1, 0)) + cell
+    return bof + bound + record(0x000A) + sheet + b"".join(charts) + record(0x023E, bytes(10)) + record(0x000A)
 
 
 class Examples(unittest.TestCase):
@@ -76,6 +124,34 @@ class Examples(unittest.TestCase):
         sheet = xlrd.open_workbook(path).sheet_by_index(0)
         return [value for row in range(sheet.nrows) for value in sheet.row_values(row)]
 
+    def charts_of(self, *charts):
+        """The lines about charts that the report prints for a workbook with these."""
+        path = self.path("sample_biff5.xls")
+        with olefile.OleFileIO(path, write_mode=True) as file:
+            stream = workbook_of(*charts)
+            file.write_stream("Book", stream + bytes(file.get_size("Book") - len(stream)))
+        answer = run(REPORT, "--out", self.out, path)
+        self.assertEqual(answer.returncode, 0, answer)
+        return re.findall(r"^ +((?:chart|series) .*)$", answer.stdout, re.MULTILINE)
+
+    def test_report_lists_charts_with_series_and_titles(self):
+        columns = chart(record(0x1017, words(0, 150, 0)), series(b"North", area(0, 1, 3, 1)), series(b"", area(2, 4, 9, 25)),
+                        title(1, b"Sales"), title(2, b"Region"), title(3, b"EUR"))
+        pie = chart(record(0x1019, words(0, 0)), series(b"M\xFCnchen", area(0, 0, 0, 0)))
+        self.assertEqual(self.charts_of(columns, pie), [
+            'chart 1: columns, 300 by 200 points, 2 series, title "Sales", axes "Region" and "EUR"',
+            'series 1 "North": sheet 1 R2C2, sheet 1 R3C2, sheet 1 R4C2',
+            'series 2 "": sheet 3 R5C26, sheet 3 R6C26, sheet 3 R7C26, sheet 3 R8C26 ... 2 cells more',
+            'chart 2: pie, 300 by 200 points, 1 series, title "", axes "" and ""',
+            'series 1 "M\u00FCnchen": sheet 1 R1C1'])
+
+    def test_report_names_the_families_of_charts(self):
+        types = {"bars": record(0x1017, words(0, 150, 1)), "lines": record(0x1018, words(0)), "radar": record(0x103E, words(0)),
+                 "three-dimensional": record(0x1017, words(0, 150, 0)) + record(0x103A, bytes(14)),
+                 "areas or points": record(0x101A, words(0))}
+        lines = self.charts_of(*(chart(kind) for kind in types.values()))
+        self.assertEqual([line.split(",")[0] for line in lines], ["chart %d: %s" % pair for pair in enumerate(types, 1)])
+
     def test_report_shows_patches_come_and_go(self):
         text = run(REPORT, "--out", self.out, self.path("sample_biff8.xls")).stdout
         counts = re.findall(r"(As \w+): \d+ bytes with (\d+) DETOUR, (\d+) RESUME, (\d+) SLACK and (\d+) BUFEND", text)
@@ -107,7 +183,6 @@ class Examples(unittest.TestCase):
         self.assertEqual(read(self.path("sample_biff5.xls")), before)
 
     def test_report_keeps_the_other_streams(self):
-        import olefile
         run(REPORT, "--out", self.out, self.path("sample_biff5.xls"))
         with olefile.OleFileIO(self.path("sample_biff5.xls")) as old, olefile.OleFileIO(os.path.join(self.out, "sample_biff5.xls")) as new:
             self.assertEqual(sorted(old.listdir()), sorted(new.listdir()))

@@ -8,6 +8,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "charts_c11.h"
 #include "tolvenar/automation.h"
 #include "tolvenar/tolvenar.h"
 
@@ -480,6 +481,8 @@ int main(int argc, char** argv) {
   CheckVector();
   CheckMatrix();
   CheckFailures(saved);
+  CheckCharts();
+  REQUIRE(LiveBlocks() == 0, "reading charts left blocks behind");
 
   Workbook book = Open(copy);
   CheckCatalogue(&book, generation);

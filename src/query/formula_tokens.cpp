@@ -1,5 +1,5 @@
-// Formula tokens: the table of sizes, as data, and the one function that reads it.
-#include "edit/formula_tokens.h"
+// Formula tokens: the two tables of sizes, as data, each with the one function that reads it.
+#include "query/formula_tokens.h"
 
 #include <algorithm>
 
@@ -100,6 +100,78 @@ constexpr TokenShape kShapes[] = {
 };
 static_assert(sizeof kShapes / sizeof kShapes[0] == 0x40);
 
+// The table for chart series, indexed as the one above. It is a table of its own and not derived from that one,
+// on purpose: tokens of variable size have none here, and an id of no token is told from a token of 1 byte.
+constexpr int8_t kVar = kChartTokenVariable;
+constexpr int8_t kNone = kChartTokenUnknown;
+constexpr int8_t kChartSizes[] = {
+    kNone,  // 00
+    5,      // 01 ptgExp
+    5,      // 02 ptgTbl
+    1,      // 03 operators, up to 16
+    1,      // 04
+    1,      // 05
+    1,      // 06
+    1,      // 07
+    1,      // 08
+    1,      // 09
+    1,      // 0A
+    1,      // 0B
+    1,      // 0C
+    1,      // 0D
+    1,      // 0E
+    1,      // 0F
+    1,      // 10
+    1,      // 11
+    1,      // 12
+    1,      // 13
+    1,      // 14
+    1,      // 15
+    1,      // 16
+    kVar,   // 17 ptgStr
+    kNone,  // 18
+    4,      // 19 ptgAttr
+    kNone,  // 1A
+    kNone,  // 1B
+    2,      // 1C ptgErr
+    2,      // 1D ptgBool
+    3,      // 1E ptgInt
+    9,      // 1F ptgNum
+    kVar,   // 20 ptgArray
+    3,      // 21 ptgFunc
+    4,      // 22 ptgFuncVar
+    15,     // 23 ptgName
+    4,      // 24 ptgRef
+    7,      // 25 ptgArea
+    kVar,   // 26 ptgMemArea
+    7,      // 27 ptgMemErr
+    7,      // 28 ptgMemNoMem
+    3,      // 29 ptgMemFunc
+    4,      // 2A ptgRefErr
+    7,      // 2B ptgAreaErr
+    4,      // 2C ptgRefN
+    7,      // 2D ptgAreaN
+    3,      // 2E ptgMemAreaN
+    3,      // 2F ptgMemNoMemN
+    kNone,  // 30 no tokens, up to 38
+    kNone,  // 31
+    kNone,  // 32
+    kNone,  // 33
+    kNone,  // 34
+    kNone,  // 35
+    kNone,  // 36
+    kNone,  // 37
+    kNone,  // 38
+    25,     // 39 ptgNameX
+    18,     // 3A ptgRef3d
+    21,     // 3B ptgArea3d
+    18,     // 3C ptgRefErr3d
+    21,     // 3D ptgAreaErr3d
+    kNone,  // 3E
+    kNone,  // 3F
+};
+static_assert(sizeof kChartSizes == sizeof kShapes / sizeof kShapes[0]);
+
 TokenShape ShapeOf(uint8_t id) {
   return id > kLastTokenId ? kUnknown : kShapes[TokenBase(id)];
 }
@@ -136,6 +208,10 @@ uint16_t FormulaTokenSize(const Block& block, uint32_t at, int16_t* remaining) {
       return shape.size;
   }
   return kUnknownSize;
+}
+
+int16_t ChartTokenSize(uint8_t id) {
+  return id > kLastTokenId ? kChartTokenUnknown : kChartSizes[TokenBase(id)];
 }
 
 }  // namespace tolvenar

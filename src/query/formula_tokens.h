@@ -1,4 +1,5 @@
-// Formula tokens: how long each is. This is all that the library knows of the token stream of a formula.
+// Formula tokens: how long each is. This is all that the library knows of the token stream of a formula. There
+// are two tables of sizes: one for the formulas of cells, and one for those of chart series.
 //
 //   A token                                  Class, bits 5 and 6 of an id from 0x20 up
 //   OFFSET  SIZE  FIELD                      0x20  reference   0x24, 0x44 and 0x64 are the
@@ -68,5 +69,13 @@ inline uint8_t TokenBase(uint8_t id) {
 // An id of no token has size 1. An array constant that would take more than 65535 bytes counts as 65535,
 // which carries any walk past the end of its formula. Nothing is written but *remaining.
 uint16_t FormulaTokenSize(const Block& block, uint32_t at, int16_t* remaining);
+
+// What the table for chart series says of tokens that have no size in it.
+constexpr int16_t kChartTokenVariable = -1;  // a text, an array constant and ptgMemArea
+constexpr int16_t kChartTokenUnknown = -2;   // an id of no token
+
+// Size in bytes, id included, of a token with this id in the formula of a chart series, or one of the two
+// negative values above. It never looks at the token itself, and Mem tokens have no effect beside their size.
+int16_t ChartTokenSize(uint8_t id);
 
 }  // namespace tolvenar

@@ -1,5 +1,5 @@
-// Sizes of formula tokens: the whole table, the computed ones and the extra data of the Mem tokens.
-#include "edit/formula_tokens.h"
+// Sizes of formula tokens: both whole tables, the computed sizes and the extra data of the Mem tokens.
+#include "query/formula_tokens.h"
 
 #include "support/pool_fixture.h"
 #include "support/stream_builder.h"
@@ -63,6 +63,32 @@ TEST_F(FormulaTokens, EveryId_HasTheSizeOfItsRange) {
     next = range.last + 1;
   }
   EXPECT_EQ(next, 0x100);
+}
+
+// The rows in which the table for chart series differs; ranges of ids.
+constexpr struct {
+  uint8_t first;
+  uint8_t last;
+  int16_t size;
+} kChartRanges[] = {
+    {0x17, 0x17, -1}, {0x20, 0x20, -1}, {0x26, 0x26, -1}, {0x40, 0x40, -1}, {0x46, 0x46, -1},
+    {0x60, 0x60, -1}, {0x66, 0x66, -1}, {0x00, 0x00, -2}, {0x7E, 0xFF, -2}, {0x18, 0x18, -2},
+    {0x1A, 0x1B, -2}, {0x30, 0x38, -2}, {0x3E, 0x3F, -2}, {0x50, 0x58, -2}, {0x5E, 0x5F, -2},
+    {0x70, 0x78, -2}, {0x27, 0x28, 7},  {0x47, 0x48, 7},  {0x67, 0x68, 7},  {0x29, 0x29, 3},
+    {0x2E, 0x2F, 3},  {0x49, 0x49, 3},  {0x4E, 0x4F, 3},  {0x69, 0x69, 3},  {0x6E, 0x6F, 3},
+};
+
+TEST_F(FormulaTokens, ChartTokenSize_DiffersInItsOwnRowsAndAgreesInAllOthers) {
+  int16_t expected[0x100];
+  for (const auto& range : kRanges) {
+    for (int id = range.first; id <= range.last; ++id) expected[id] = static_cast<int16_t>(range.size);
+  }
+  for (const auto& range : kChartRanges) {
+    for (int id = range.first; id <= range.last; ++id) expected[id] = range.size;
+  }
+  for (int id = 0; id < 0x100; ++id) {
+    EXPECT_EQ(ChartTokenSize(static_cast<uint8_t>(id)), expected[id]) << "id " << id;
+  }
 }
 
 constexpr struct {

@@ -1,0 +1,51 @@
+// Chart effort: what keeps a call on a damaged chart short.
+//
+// The readers of a chart walk inside a walk: over the block of each SERIES or TEXT, and over the tokens of each
+// AI. Blocks that are never closed, and formulas that claim to be longer than their record, make these inner
+// walks go over the same bytes again, each of them; a call would end, but not in anybody's lifetime. So all inner
+// walks of one call share a budget. It is more than a chart can use whose inner walks don't overlap: these take a
+// step a byte at most.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/biff_records.h"
+
+namespace tolvenar {
+
+struct Effort {
+  uint32_t left = 0;  // steps, of records or of tokens
+};
+
+constexpr uint32_t kEffortPerByte = 2;
+constexpr uint32_t kLeastEffort = 0x100000;
+
+inline Effort EffortFor(const Block& block) {
+  return {block.extent * kEffortPerByte + kLeastEffort};
+}
+
+// Takes one step. False when none is left.
+inline bool Spend(Effort* effort) {
+  if (effort->left == 0) return false;
+  --effort->left;
+  return true;
+}
+
+// Calls `visit` with the offset of each record in the block that `owner` owns, and with its depth there: 1, and 1
+// more in each block inside. The record behind the owner is taken for the block's BEGIN unseen, on purpose. The
+// walk ends where the block is closed, wherever the chart ends; a block that is never closed ends at the BUFEND.
+template <typename Visit>
+void ForEachInBlockOf(const Block& block, uint32_t owner, Effort* effort, Visit visit) {
+  Walk walk = StartWalk(block, owner);
+  Step(&walk);
+  Step(&walk);
+  int32_t depth = 1;
+  while (!walk.ended && !IsPrivate(block, walk.at, kLowBufEnd) && Spend(effort)) {
+    visit(walk.at, depth);
+    if (IsChart(block, walk.at, kLowBegin)) ++depth;
+    if (IsChart(block, walk.at, kLowEnd) && --depth == 0) return;
+    Step(&walk);
+  }
+}
+
+}  // namespace tolvenar
