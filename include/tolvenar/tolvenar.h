@@ -587,11 +587,17 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLFormatString(uint32_t block, BSTR* text);
  * Each function gives the index of an item with the given attributes, as records name it, and adds one when the workbook has none. The
  * SheetTable stays good. All records are compared and made by BIFF5's layout, in BIFF8 too.
  *
+ * A new item goes behind the last of its kind, in front of the record that follows there. In a workbook without any of the kind, or one
+ * whose globals end with them, that record is the globals' EOF, and the BOF of the first sheet is displaced along with it: that sheet
+ * can't be read any more, nor saved. Most at risk is XLGetFormat, since a workbook may have built-in formats alone: it has when
+ * XLGetNumFormatItems of kind 2 gives 17 in BIFF5, 36 in BIFF8.
+ *
  * Result: the index; or
  *    -1  null text; XLGetFormat: also a null table or buffer
  *    -6  null table, -11 null buffer (or null size)
  *    -3  no pool block for the record (XLGetXFIndFull: -12); XLGetFormat: -21 none for its list
- *    -4  the record could not be patched in: its block stays taken; a buffer that could not grow is released and *buffer is 0 */
+ *    -4  the record could not be patched in: its block stays taken; a buffer that could not grow is released and *buffer is 0. A name
+ *        or text of more than 32,000 characters makes a record that is too long, and the buffer stays as it was */
 
 /* Fonts.
  *   name       8-bit, zero-terminated
