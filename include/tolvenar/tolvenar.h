@@ -495,7 +495,9 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetFormatData(SAFEARRAY** items, uint32_t b
                                                    int16_t kind);
 
 /* Puts the colours of the workbook's palette into an array of 32-bit integers from 0 to the count - 1: red in the low byte, then
- * green, then blue. Result: 1 no palette; 4 not one dimension; 5 the array does not fit; 6, 11 can't happen; 0 done. */
+ * green, then blue. Records count by the low byte of their type, so that the STYLEEXT (0x0892) of newer BIFF8 workbooks counts as a
+ * palette, on purpose: a count above 56 (XLGetNumFormatItems, kind 3) tells that there are no colours to be had.
+ * Result: 1 no palette; 4 not one dimension; 5 the array does not fit; 6, 11 can't happen; 0 done. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetColorData(SAFEARRAY** colours, uint32_t buffer, uint32_t table);
 
 /* Puts the 56 standard colours into an array of 32-bit integers from 0 to 55. Result: 4 not one dimension; 5 the array does not

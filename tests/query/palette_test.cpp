@@ -1,6 +1,7 @@
 // Palette: the workbook's colours and the standard ones.
 #include "query/palette.h"
 
+#include "query/format_catalogue.h"
 #include "support/book_fixture.h"
 #include "support/test_array.h"
 
@@ -104,6 +105,15 @@ TEST_F(Palette, AnyTypeWithTheLowByte_IsAPalette_ButNoChartRecord) {
   TestArray colours(VT_I4, 0, 0);
   EXPECT_EQ(XLGetColorData(colours.Ref(), buffer_, table_), 0);
   EXPECT_EQ(colours.NumberAt(0), 2);
+}
+
+TEST_F(Palette, StyleExtBehindThePalette_TellsTheCount) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Record(0x0092, U16(1) + U32(5));
+  LoadGlobals(stream.Record(0x0892, U16(0x0892) + Bytes(10)));
+  EXPECT_EQ(XLGetNumFormatItems(buffer_, table_, 3), 2194);
+  TestArray colours(VT_I4, 0, 2193);
+  EXPECT_EQ(XLGetColorData(colours.Ref(), buffer_, table_), 0);
+  EXPECT_EQ(colours.NumberAt(0), 5);
 }
 
 TEST_F(Palette, ColoursThatTheArrayRefuses_ArePassedOver) {

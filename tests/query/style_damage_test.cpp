@@ -106,7 +106,7 @@ void StyleDamage::ReadItems(int16_t kind) {
   const uint16_t count = XLGetNumFormatItems(buffer_, table_, kind);
   TestArray items(VT_I4, 0, count == 0 ? 0 : count - 1);
   XLGetFormatData(items.Ref(), buffer_, table_, kind);
-  XLGetColorData(items.Ref(), buffer_, table_);
+  if (kind == kKindPalette) XLGetColorData(items.Ref(), buffer_, table_);
   for (LONG i = 0; i < 6 && i < count; ++i) {
     const uint32_t item = static_cast<uint32_t>(items.NumberAt(i));
     for (auto decoder : kDecoders) decoder(item);
