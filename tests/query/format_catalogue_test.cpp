@@ -306,11 +306,14 @@ TEST_F(FormatCatalogue, LongXfsAndHighFormatIndices_AreTranslatedToo) {
 
 TEST_F(FormatCatalogue, HighFormatIndex_IsNotTakenForItsLowByte) {
   StreamBuilder stream = Styles().Record(0x041E, Format(0x0205, "0"));
-  LoadStyles(stream.Record(0x00E0, Xf(1, 5)).Record(0x00E0, Xf(1, 0x0305)), kBiff8);
-  TestArray items(VT_I4, 0, 1);
+  LoadStyles(stream.Record(0x00E0, Xf(1, 5)).Record(0x00E0, Xf(1, 0x0305)).Record(0x00E0, Xf(1, 0x3F3F)),
+             kBiff8);
+  SpoilFreeSlots();
+  TestArray items(VT_I4, 0, 2);
   EXPECT_EQ(XLGetFormatData(items.Ref(), buffer_, table_, 0), 0);
   EXPECT_EQ(U16At(OpenBlock(Item(items, 0)), 4), 7) << "the built-in format 5, behind the one record";
   EXPECT_EQ(U16At(OpenBlock(Item(items, 1)), 4), 0);
+  EXPECT_EQ(U16At(OpenBlock(Item(items, 2)), 4), 0) << "what stands behind the list is no part of it";
 }
 
 TEST_F(FormatCatalogue, Xfs_WithoutRoomForTheFormatList_Give21) {

@@ -244,6 +244,14 @@ TEST_F(StyleLookup, Format_FirstOneCounts_AsTheOthersDo) {
   EXPECT_EQ(Format("b"), 253);
 }
 
+TEST_F(StyleLookup, Format_BehindTheList_NothingIsUsed) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a")).Record(0x00E0, Bytes(16)));
+  uint32_t slot = MEMORYALLOC(512);
+  for (uint32_t at = 0; at < 512; at += 2) PutU16(OpenBlock(slot), at, 254);
+  MEMORYFREE(&slot);
+  EXPECT_EQ(Format("b"), 254);
+}
+
 TEST_F(StyleLookup, Format_LongText_IsFoundAgain) {
   LoadBook(StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a")).Record(0x00E0, Bytes(16)));
   const std::string text(300, 'x');
