@@ -381,6 +381,9 @@ TEST_F(FormatCatalogue, ItemsThatTheArrayRefuses_AreReleased) {
   TestArray texts(VT_BSTR, 0, 1);
   EXPECT_EQ(XLGetFormatData(texts.Ref(), buffer_, table_, 1), 0);
   EXPECT_EQ(LiveBlocks(), 2u);
+  TestArray formats(VT_BSTR, 0, 35);
+  EXPECT_EQ(XLGetFormatData(formats.Ref(), buffer_, table_, 2), 0) << "so that all 36 can be made";
+  EXPECT_EQ(LiveBlocks(), 2u);
 }
 
 }  // namespace
