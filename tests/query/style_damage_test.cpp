@@ -56,7 +56,7 @@ class StyleDamage : public BookTest, public ::testing::WithParamInterface<int32_
     buffer_ = MEMORYALLOC(kSlot);
     size_ = kSlot;
     std::memset(BlockBytes(buffer_), 0, kSlot);
-    std::memcpy(BlockBytes(buffer_), stream.data(), stream.size());
+    CopyIn(OpenBlock(buffer_), 0, stream.data(), static_cast<uint32_t>(stream.size()));
   }
   void RestoreBook(const Bytes& stream, const Bytes& table) {
     Restore(stream);
