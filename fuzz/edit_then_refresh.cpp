@@ -44,8 +44,17 @@ void EditOnce(Book* book, Choices* choices) {
   const auto sheet = static_cast<int16_t>(choices->Below(4));
   const auto row = static_cast<int16_t>(choices->Below(tolvenar::fuzz::kRows + 2));
   const auto column = static_cast<int16_t>(choices->Below(tolvenar::fuzz::kColumns + 2));
-  if (choices->Byte() % 3 == 0) {
+  const uint8_t kind = choices->Byte();
+  if (kind % 3 == 0) {
     XLChangeCellXF(&book->buffer, book->table, &book->size, sheet, row, column, choices->Word());
+    return;
+  }
+  if (kind % 16 == 1) {
+    tolvenar::fuzz::LookUp(book, choices);
+    return;
+  }
+  if (kind % 16 == 2) {
+    tolvenar::fuzz::ChangeSize(book, choices, sheet, kind < 128 ? row : column);
     return;
   }
   VARIANT value = ChosenValue(choices);

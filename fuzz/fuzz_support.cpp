@@ -24,6 +24,9 @@ constexpr int16_t kChartsRead = 2;
 constexpr ULONG kProperties = 21;
 constexpr int16_t kSeriesRead = 3;
 constexpr int16_t kUnbalanced = 100;
+constexpr int16_t kItemsNotOneDimension = 4;
+constexpr int16_t kItemsArrayDoesNotFit = 5;
+constexpr int16_t kItemsNoBlock = 8;
 constexpr uint16_t kTypeWindow2 = 0x023E;
 
 // An array of the fuzzers' size that is given back at the end of its block.
@@ -34,6 +37,7 @@ class Cells {
     array_ = SafeArrayCreate(type, 2, bounds);
   }
   Cells(VARTYPE type, ULONG count) : array_(SafeArrayCreateVector(type, 1, count)) {}
+  Cells(VARTYPE type, SAFEARRAYBOUND bound) : array_(SafeArrayCreate(type, 1, &bound)) {}
   Cells(const Cells&) = delete;
   Cells& operator=(const Cells&) = delete;
   ~Cells() { SafeArrayDestroy(array_); }
@@ -42,6 +46,45 @@ class Cells {
  private:
   SAFEARRAY* array_;
 };
+
+// What a decoder makes of an item block, whatever it holds.
+void DecodeItem(uint32_t item) {
+  static constexpr int16_t(TOLVENAR_CALL * kDecoders[])(uint32_t) = {
+      XLFontSize, XLFontColor, XLFontBoldness, XLFontItalic,   XLFontStrikeOut, XLFontUnderline, XLXFFont,
+      XLXFFormat, XLXFLocked,  XLXFHidden,     XLXFHAlignment, XLXFVAlignment,  XLXFRotation};
+  for (const auto decoder : kDecoders) decoder(item);
+  uint16_t out[6];
+  XLXFBorderStyle(item, &out[0], &out[1], &out[2], &out[3], &out[4]);
+  XLXFColors(item, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5]);
+  for (const auto decoder : {XLFontName, XLFormatString}) {
+    BSTR text = nullptr;
+    decoder(item, &text);
+    SysFreeString(text);
+  }
+}
+
+// The item blocks are the caller's. Where there are more XFs than blocks, the list of formats stays behind as well.
+void ReadStyles(const Book& book) {
+  for (int16_t kind = 0; kind <= 3; ++kind) {
+    const uint16_t count = XLGetNumFormatItems(book.buffer, book.table, kind);
+    Cells items(VT_I4, SAFEARRAYBOUND{count, 0});
+    uint32_t list = NextBlock(2 * XLGetNumFormatItems(book.buffer, book.table, 2));
+    const int16_t result = XLGetFormatData(items.get(), book.buffer, book.table, kind);
+    Require(result != kItemsNotOneDimension && result != kItemsArrayDoesNotFit,
+            "an array of as many items fits");
+    if (kind == 3) XLGetColorData(items.get(), book.buffer, book.table);
+    for (LONG i = 0; i < LONG{count} && kind < 3; ++i) {
+      uint32_t item = 0;
+      SafeArrayGetElement(*items.get(), &i, &item);
+      if (MEMORYISHANDLE(item) == 0) continue;
+      DecodeItem(item);
+      MEMORYFREE(&item);
+    }
+    if (kind == 0 && result == kItemsNoBlock) MEMORYFREE(&list);
+  }
+  Cells palette(VT_I4, SAFEARRAYBOUND{56, 0});
+  XLGetStandardPalette(palette.get());
+}
 
 void ReadCatalogue(const Book& book) {
   Cells offsets(VT_I4, kRecordsListed), types(VT_I2, kRecordsListed), images(VT_BSTR, kRecordsListed),
@@ -52,6 +95,17 @@ void ReadCatalogue(const Book& book) {
   XLGetNumVers(book.buffer, book.table);
   XLNumStrBucket(book.buffer, book.table);
   XLNumStrExt(book.buffer, book.table);
+  ReadStyles(book);
+}
+
+void ReadSizes(const Book& book, int16_t sheet, const uint16_t range[4]) {
+  for (const uint16_t last : {range[1], range[3]}) {
+    const SAFEARRAYBOUND bound = {last, 1};
+    Cells sizes(VT_I2, bound);
+    XLGetRowHeight(sizes.get(), book.buffer, book.table, sheet);
+    XLGetColWidth(sizes.get(), book.buffer, book.table, sheet);
+  }
+  XLGetMagnification(book.buffer, book.table, sheet);
 }
 
 void ReadSheet(const Book& book, int16_t sheet) {
@@ -61,6 +115,7 @@ void ReadSheet(const Book& book, int16_t sheet) {
   SysFreeString(name);
   XLGetSheetParam(book.buffer, book.table, sheet, 0, 0, 0, 0);
   XLGetSheetSize(book.buffer, book.table, sheet, &range[0], &range[1], &range[2], &range[3]);
+  ReadSizes(book, sheet, range);
   for (VARTYPE type : {VT_VARIANT, VT_BSTR, VT_R8}) {
     Cells values(type);
     XLGetVariantData(values.get(), book.buffer, book.table, sheet);
@@ -165,6 +220,45 @@ Book OpenStream(const Bytes& stream) {
   return book;
 }
 
+uint32_t NextBlock(int32_t size) {
+  uint32_t block = MEMORYALLOC(size);
+  const uint32_t handle = block;
+  MEMORYFREE(&block);
+  return handle;
+}
+
+int16_t LookUp(Book* book, Choices* choices) {
+  static constexpr const char* kTexts[] = {"0.0", "Arial", "", "a text that is longer than most"};
+  const char* text = kTexts[choices->Below(4)];
+  const uint16_t flags = choices->Byte();
+  const auto font = static_cast<int16_t>(choices->Below(8));
+  switch (choices->Below(4)) {
+    case 0:
+      return XLGetFont(&book->buffer, book->table, &book->size, text, font, 200, 400, flags & 3, 0,
+                       flags >> 7);
+    case 1:
+      return XLGetFormat(&book->buffer, book->table, &book->size, text);
+    case 2:
+      return XLGetXFInd(&book->buffer, book->table, &book->size, static_cast<uint16_t>(choices->Below(8)), 0,
+                        flags & 3, flags >> 7, font, 2, 0, 7);
+    default:
+      return XLGetXFIndFull(&book->buffer, book->table, &book->size, font, 0, flags & 1, flags >> 7, 0, 2, 0,
+                            1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+  }
+}
+
+int16_t ChangeSize(Book* book, Choices* choices, int16_t sheet, int16_t position) {
+  const uint16_t size = choices->Word();
+  if (choices->Byte() % 2 == 0)
+    return XLChangeRowHeight(&book->buffer, book->table, &book->size, sheet, position, size);
+  constexpr int16_t kNoColInfo = -20;
+  constexpr int32_t kColInfoSize = 15;
+  uint32_t left = NextBlock(kColInfoSize);
+  const int16_t result = XLChangeColWidth(&book->buffer, book->table, &book->size, sheet, position, size);
+  if (result == kNoColInfo) MEMORYFREE(&left);
+  return result;
+}
+
 void ReadEverything(const Book& book) {
   ReadCatalogue(book);
   for (int16_t sheet = 0; sheet <= kSheetsRead; ++sheet) ReadSheet(book, sheet);
@@ -201,16 +295,29 @@ Bytes ComparableStream(const Book& book) {
   return stream;
 }
 
+void AddStyles(StreamBuilder* builder) {
+  builder->Record(0x0031,
+                  testing::U16(200) + Bytes{0, 0, 8, 0} + testing::U16(400) + Bytes(8) + Bytes{1, 'A'});
+  builder->Record(0x041E, testing::U16(164) + Bytes{3, '0', '.', '0'});
+  builder->Record(0x00E0, Bytes(16)).Record(0x0043, Bytes(12)).Record(0x0293, Bytes(4));
+  builder->Record(0x0092, testing::U16(2) + Bytes(8));
+}
+
 Bytes StreamOf(Choices* choices) {
   static constexpr const char* kNames[] = {"One", "Two", "Three"};
   StreamBuilder builder;
   const uint32_t sheets = 1 + choices->Below(3);
   const uint8_t version = choices->Byte() % 2 == 0 ? kBiff8 : kBiff5;
   builder.Bof(version);
+  AddStyles(&builder);
   for (uint32_t i = 0; i < sheets; ++i) builder.Sheet(kNames[i]);
   builder.Eof();
   for (uint32_t i = 0; i < sheets; ++i) {
-    builder.Bof(version, testing::kWorksheet).Dimensions(0, kRows, 0, kColumns);
+    builder.Bof(version, testing::kWorksheet)
+        .Record(0x0225, Bytes{0, 0, 0xFF, 0})
+        .Record(0x0055, Bytes{8, 0});
+    builder.Record(0x007D, testing::U16(1) + testing::U16(1) + testing::U16(2560) + Bytes(5));
+    builder.Dimensions(0, kRows, 0, kColumns);
     for (uint16_t row = 0; row < kRows; ++row) {
       const uint8_t kind = choices->Byte();
       if (kind % 4 != 3) builder.Row(row);

@@ -30,6 +30,9 @@ void ReadEverything(const Book& book);
 // has it.
 uint32_t ReadCharts(const Book& book);
 
+// The handle that the pool's next block of `size` bytes will have; 0 when it has none left.
+uint32_t NextBlock(int32_t size);
+
 // The values of all sheets as text, for comparing a workbook with itself.
 testing::Bytes AllValues(const Book& book);
 
@@ -50,6 +53,16 @@ class Choices {
   size_t size_;
   size_t at_ = 0;
 };
+
+// One of the four lookups, as the choices say. Returns its result.
+int16_t LookUp(Book* book, Choices* choices);
+
+// A new height of a row, or width of a column. The block that a refused width leaves behind is released. Returns its result.
+int16_t ChangeSize(Book* book, Choices* choices, int16_t sheet, int16_t position);
+
+// Adds fonts, formats and XFs to the globals, and what stands behind them in every real workbook: without it a record that a lookup
+// adds would displace the first sheet.
+void AddStyles(testing::StreamBuilder* builder);
 
 // A well-formed workbook of one to three small sheets, its cells as the choices say.
 testing::Bytes StreamOf(Choices* choices);

@@ -49,6 +49,17 @@ Bytes SharedStrings() {
   return builder.Eof().Stream();
 }
 
+// What the readers of styles and sizes take, and what lookups find and add to.
+Bytes Styles(uint8_t version) {
+  StreamBuilder builder;
+  builder.Bof(version);
+  tolvenar::fuzz::AddStyles(&builder);
+  builder.Sheet("Data").Eof().Bof(version, tolvenar::testing::kWorksheet);
+  builder.Record(0x0225, Bytes{0, 0, 0xFF, 0}).Record(0x0055, Bytes{8, 0});
+  builder.Record(0x007D, Bytes{1, 0, 2, 0, 0, 10, 0, 0, 0, 0, 0}).Dimensions(0, 2, 0, 4).Row(1);
+  return builder.Record(0x00A0, Bytes{3, 0, 4, 0}).Eof().Stream();
+}
+
 // A formula whose result is a text, in the record behind it; and a chart inside the sheet.
 Bytes TextResultAndChart() {
   StreamBuilder builder = Globals(6);
@@ -89,6 +100,8 @@ int main(int argc, char** argv) {
   Write(any / "cells_biff5.bin", AllCells(5));
   Write(any / "cells_biff8.bin", AllCells(6));
   Write(any / "shared_strings.bin", SharedStrings());
+  Write(any / "styles_biff5.bin", Styles(5));
+  Write(any / "styles_biff8.bin", Styles(6));
   Write(any / "text_result_and_chart.bin", TextResultAndChart());
   Write(any / "charts.bin", Charts());
   Write(any / "detour_backwards.bin", Ring(0));

@@ -1,5 +1,6 @@
 // Any bytes at all as a workbook's stream: whatever they are, locating the sheets and every reader come to an
-// end, stay inside the block, and give back the pool blocks that they took. Then the same after a refresh.
+// end, stay inside the block, and give back the pool blocks that they took. Then the same after a refresh, and
+// after lookups of styles and changes of sizes.
 #include "foundation/memory_pool.h"
 #include "fuzz_support.h"
 
@@ -25,6 +26,19 @@ void GiveFormats(const Book& book) {
     ::ChangeFormat(book.buffer, book.table, sheet, matrix + kColumnsEitherSide, 0);
 }
 
+// Lookups and changes of sizes. They give back what they took, unless a record can't be patched in.
+void LookUpAndChange(Book* book, const uint8_t* data, size_t size) {
+  tolvenar::fuzz::Choices choices(data, size);
+  for (int turn = 0; turn < 6; ++turn) {
+    constexpr int16_t kPatchFailed = -4;
+    if (tolvenar::fuzz::LookUp(book, &choices) == kPatchFailed) return;
+    tolvenar::fuzz::ChangeSize(book, &choices, 1, static_cast<int16_t>(choices.Below(8)));
+    Require(LiveBlocks() == 2, "lookups and changes give back what they took");
+  }
+  tolvenar::fuzz::ReadEverything(*book);
+  Require(LiveBlocks() == 2, "the readers give back what they took from a patched buffer");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -43,5 +57,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Require(LiveBlocks() == 2, "a refresh gives back what it took");
   const uint32_t left = tolvenar::fuzz::ReadCharts(book);
   Require(LiveBlocks() == 2 + left, "the readers of charts give back what they took, but for what they say");
+  if (left == 0) LookUpAndChange(&book, data, size);
   return 0;
 }

@@ -553,7 +553,9 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetFormatData(SAFEARRAY** items, uint32_t b
                                                    int16_t kind);
 
 /* Puts the colours of the workbook's palette into an array of 32-bit integers from 0 to the count - 1: red in the low byte, then
- * green, then blue. Result: 1 no palette; 4 not one dimension; 5 the array does not fit; 6, 11 can't happen; 0 done. */
+ * green, then blue. Records count by the low byte of their type, so that the STYLEEXT (0x0892) of newer BIFF8 workbooks counts as a
+ * palette, on purpose: a count above 56 (XLGetNumFormatItems, kind 3) tells that there are no colours to be had.
+ * Result: 1 no palette; 4 not one dimension; 5 the array does not fit; 6, 11 can't happen; 0 done. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLGetColorData(SAFEARRAY** colours, uint32_t buffer, uint32_t table);
 
 /* Puts the 56 standard colours into an array of 32-bit integers from 0 to 55. Result: 4 not one dimension; 5 the array does not
@@ -645,11 +647,17 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLFormatString(uint32_t block, BSTR* text);
  * Each function gives the index of an item with the given attributes, as records name it, and adds one when the workbook has none. The
  * SheetTable stays good. All records are compared and made by BIFF5's layout, in BIFF8 too.
  *
+ * A new item goes behind the last of its kind, in front of the record that follows there. In a workbook without any of the kind, or one
+ * whose globals end with them, that record is the globals' EOF, and the BOF of the first sheet is displaced along with it: that sheet
+ * can't be read any more, nor saved. Most at risk is XLGetFormat, since a workbook may have built-in formats alone: it has when
+ * XLGetNumFormatItems of kind 2 gives 17 in BIFF5, 36 in BIFF8.
+ *
  * Result: the index; or
  *    -1  null text; XLGetFormat: also a null table or buffer
  *    -6  null table, -11 null buffer (or null size)
  *    -3  no pool block for the record (XLGetXFIndFull: -12); XLGetFormat: -21 none for its list
- *    -4  the record could not be patched in: its block stays taken; a buffer that could not grow is released and *buffer is 0 */
+ *    -4  the record could not be patched in: its block stays taken; a buffer that could not grow is released and *buffer is 0. A name
+ *        or text of more than 32,000 characters makes a record that is too long, and the buffer stays as it was */
 
 /* Fonts.
  *   name       8-bit, zero-terminated

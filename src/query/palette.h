@@ -6,6 +6,9 @@
 //        6    4n  colours      1     1  green
 //                              2     1  blue
 //                              3     1  0
+//
+// Any plain record of low byte 0x92 is a PALETTE, on purpose. In newer BIFF8 workbooks STYLEEXT (0x0892) is one, and its
+// header reads as a count of 2194; a real palette has 56 colours at most.
 #pragma once
 
 #include <cstdint>

@@ -43,11 +43,11 @@ struct NarrowText {
   uint32_t length;
 };
 
-// The text, cut so that a record of it and `fixed` more bytes has a size that is a positive 16-bit value.
-NarrowText TextFor(const char* text, uint32_t fixed) {
-  const size_t longest = static_cast<size_t>(INT16_MAX) - fixed;
+// The text, cut where even the size of a pool block could not tell its length.
+NarrowText TextFor(const char* text) {
+  constexpr size_t kLongest = INT32_MAX - kFontName;
   return {reinterpret_cast<const uint8_t*>(text),
-          static_cast<uint32_t>(std::min(std::strlen(text), longest))};
+          static_cast<uint32_t>(std::min(std::strlen(text), kLongest))};
 }
 
 uint32_t BufferOf(const Book& book) {
@@ -81,6 +81,8 @@ Search FindItem(const Book& book, int16_t kind, Matches matches) {
 
 // Patches the record of a block in. On success the block is released, and the result is `index` in 16 bits.
 int16_t AddItem(const Book& book, uint32_t record, uint32_t total, uint32_t at, int32_t index) {
+  // PatchRecord takes a count in signed 16 bits: of a larger one it would lay down the beginning of a record.
+  if (total > INT16_MAX) return kLookupPatchFailed;
   if (PatchRecord(book.buffer, BlockBytes(record), at, total, book.size) != kPatchDone)
     return kLookupPatchFailed;
   MEMORYFREE(&record);
@@ -165,7 +167,7 @@ int16_t XLGetFont(uint32_t* buffer, uint32_t table, uint32_t* size, const char* 
   if (name == nullptr) return kLookupNoText;
   const Book book = {buffer, size, table};
   if (const int16_t check = CheckBook(book)) return check;
-  const NarrowText wanted = TextFor(name, kFontName);
+  const NarrowText wanted = TextFor(name);
   const Search search = FindItem(book, kKindFont, [&](const Block& block, uint32_t at, int32_t) {
     return IsFont(block, at, font, wanted);
   });
@@ -188,7 +190,7 @@ int16_t XLGetFormat(uint32_t* buffer, uint32_t table, uint32_t* size, const char
   if (const int16_t check = CheckBook(book)) return check;
 
   const Block used = OpenBlock(list);
-  const NarrowText wanted = TextFor(text, kFormatText);
+  const NarrowText wanted = TextFor(text);
   const Search search = FindItem(book, kKindFormat, [&](const Block& block, uint32_t at, int32_t index) {
     PutU16(used, static_cast<uint32_t>(index) * kListEntry, U16At(block, at + kFormatIndex));
     return U8At(block, at + kFormatLength) == static_cast<uint8_t>(wanted.length) &&

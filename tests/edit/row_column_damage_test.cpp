@@ -1,5 +1,6 @@
 // Rows and columns without memory, in rings and on damaged streams: results as stated, every call ends,
 // nothing outside the block.
+#include "edit/row_column_size_change.h"
 #include "row_column_fixture.h"
 #include "support/formula_builder.h"
 
@@ -9,6 +10,15 @@ namespace {
 using namespace testing;
 using namespace testing::formula;
 
+// The changes of sizes, called as the other operations are.
+int16_t ChangeHeight(uint32_t* buffer, uint32_t table, uint32_t* size, int16_t sheet, int16_t row) {
+  return XLChangeRowHeight(buffer, table, size, sheet, row, 300);
+}
+int16_t ChangeWidth(uint32_t* buffer, uint32_t table, uint32_t* size, int16_t sheet, int16_t column) {
+  return XLChangeColWidth(buffer, table, size, sheet, column, 777);
+}
+constexpr NamedEdit kSizeChanges[] = {{"XLChangeRowHeight", ChangeHeight}, {"XLChangeColWidth", ChangeWidth}};
+
 class RowColumnFaults : public RowColumnTest {
  protected:
   // Takes blocks until `free` are left.
@@ -16,12 +26,12 @@ class RowColumnFaults : public RowColumnTest {
     while (LiveBlocks() < 9 - free && MEMORYALLOC(1) != 0) {
     }
   }
-  // Runs all six at some positions, each on a fresh copy of the stream; they need only end and leave the
+  // Runs all six and the changes of sizes at some positions, each on a fresh copy of the stream; they need only end and leave the
   // others' blocks alone.
   static void SweepStream(const Bytes& stream, const Bytes& table) {
-    for (const NamedEdit& edit : kAllEdits) {
-      for (int16_t position : {int16_t{0}, int16_t{1}, int16_t{3}, int16_t{9}})
-        RunOnCopy(stream, table, edit, position);
+    for (int16_t position : {int16_t{0}, int16_t{1}, int16_t{3}, int16_t{9}}) {
+      for (const NamedEdit& edit : kAllEdits) RunOnCopy(stream, table, edit, position);
+      for (const NamedEdit& edit : kSizeChanges) RunOnCopy(stream, table, edit, position);
     }
   }
 
@@ -40,13 +50,16 @@ class RowColumnFaults : public RowColumnTest {
     EXPECT_EQ(BlockContents(blocks[1], static_cast<uint32_t>(table.size())), table) << edit.name;
     EXPECT_EQ(BlockContents(blocks[2], 300), others) << edit.name;
     for (uint32_t& block : blocks) MEMORYFREE(&block);
-    if (LiveBlocks() != 0) MEMORYFREEALL();  // a split that failed in a patch has left its blocks
+    // A split that failed in a patch has left its blocks, a width that was refused the one that it built.
+    if (LiveBlocks() != 0) MEMORYFREEALL();
   }
 };
 
 // A sheet that makes every operation do all it can: a ROW at the position, runs across it, formulas.
 StreamBuilder BusySheet() {
-  StreamBuilder stream = Book().Dimensions(1, 4, 0, 6).Row(1, 0, 6).Row(2, 0, 6).Row(3, 0, 6);
+  StreamBuilder stream = Book().Record(0x007D, U16(0) + U16(0) + U16(256) + Bytes(5));
+  stream.Record(0x007D, U16(4) + U16(1) + U16(512) + Bytes(5));
+  stream.Dimensions(1, 4, 0, 6).Row(1, 0, 6).Row(2, 0, 6).Row(3, 0, 6);
   stream.MulRk(1, 0, {{1, 6}, {2, 10}, {3, 14}, {4, 18}})
       .Number(1, 4, 15, 1.0)
       .MulBlank(2, 0, {1, 2, 3, 4})

@@ -22,10 +22,16 @@ class RowColumnSizeChange : public RowColumnTest {
   int16_t Width(int16_t column, uint16_t width, int16_t sheet = 1) {
     return XLChangeColWidth(&buffer_, table_, &size_, sheet, column, width);
   }
-  // Loads a sheet of the COLINFO and a DIMENSIONS, changes column 3, which gives -20, and expects that COLINFO.
-  void ExpectRefused(const Bytes& before, const Bytes& after) {
+  // Loads a sheet of the COLINFO and a DIMENSIONS, changes column 3, which gives -20, and expects that COLINFO,
+  // and in the block that is left behind the first and last column and the width of another.
+  void ExpectRefused(const Bytes& before, const Bytes& after,
+                     const Bytes& left = U16(2) + U16(2) + U16(777)) {
     Load(EndSheet(Book().Record(0x007D, before).Dimensions(0, 4, 0, 4)));
+    uint32_t next = MEMORYALLOC(15);
+    const uint32_t block = next;
+    MEMORYFREE(&next);
     EXPECT_EQ(Width(3, 777), -20);
+    EXPECT_EQ(Hex(BlockContents(block, 15)), Hex(Bytes{0x7D, 0, 11, 0} + left + Bytes{0, 0, 0, 2, 0}));
     EXPECT_READS_AS(EndSheet(Book().Record(0x007D, after).Dimensions(0, 4, 0, 4)));
     EXPECT_EQ(LiveBlocks(), 3u) << "the block of the COLINFO that was not given";
     MEMORYFREEALL();
@@ -75,9 +81,46 @@ TEST_F(RowColumnSizeChange, Width_WithoutAColInfo_IsRefused) {
 }
 
 TEST_F(RowColumnSizeChange, Width_OfAColInfoWithFirstAboveLast_IsRefused_AndTheColInfoChanges) {
-  ExpectRefused(ColInfo(2, 1, 100), ColInfo(2, 2, 777));
-  ExpectRefused(ColInfo(3, 2, 100), ColInfo(3, 1, 100));
-  ExpectRefused(ColInfo(4, 0, 100), ColInfo(4, 1, 100));
+  ExpectRefused(ColInfo(2, 1, 0x8123), ColInfo(2, 2, 777), U16(3) + U16(1) + U16(0x8123));
+  ExpectRefused(ColInfo(3, 2, 0x8123), ColInfo(3, 1, 0x8123));
+  ExpectRefused(ColInfo(4, 0, 0x8123), ColInfo(4, 1, 0x8123), U16(3) + U16(0) + U16(0x8123));
+}
+
+TEST_F(RowColumnSizeChange, Width_ColumnsCompareAsSigned) {
+  ExpectRefused(ColInfo(0x8000, 0, 100), ColInfo(0x8000, 0, 100));
+  Load(EndSheet(Book().Record(0x007D, ColInfo(0xFFFF, 0xFFFF, 100)).Dimensions(0, 4, 0, 4)));
+  EXPECT_EQ(Width(0, 777), 0);
+  EXPECT_READS_AS(EndSheet(Book().Record(0x007D, ColInfo(0xFFFF, 0xFFFF, 777)).Dimensions(0, 4, 0, 4)));
+}
+
+TEST_F(RowColumnSizeChange, Width_SplitWithAFullPool_ChangesTheColInfoAllTheSame) {
+  Load(EndSheet(Book().Record(0x007D, ColInfo(4, 0, 100)).Dimensions(0, 4, 0, 4)));
+  while (LiveBlocks() < 9) ASSERT_NE(MEMORYALLOC(1), 0u);
+  EXPECT_EQ(Width(3, 777), -20);
+  EXPECT_READS_AS(EndSheet(Book().Record(0x007D, ColInfo(4, 1, 100)).Dimensions(0, 4, 0, 4)));
+  EXPECT_EQ(LiveBlocks(), 9u);
+}
+
+TEST_F(RowColumnSizeChange, Width_AtTheLastColumnOfARange_LastBelowFirst) {
+  ExpectRefused(ColInfo(2, 0, 100), ColInfo(2, 2, 777), U16(3) + U16(0) + U16(100));
+  ExpectRefused(ColInfo(7, 2, 100), ColInfo(7, 1, 100));
+}
+
+TEST_F(RowColumnSizeChange, Sizes_OfAnotherSheet_StayAsTheyAre) {
+  const auto book = [](uint16_t height, uint16_t width) {
+    StreamBuilder stream = StreamBuilder().Bof(5).Sheet("One").Sheet("Two").Eof();
+    for (int sheet = 1; sheet <= 2; ++sheet) {
+      stream.Bof(5, kWorksheet)
+          .Record(0x027D, ColInfo(2, 2, sheet == 2 ? width : 100))
+          .Dimensions(0, 4, 0, 4);
+      EndSheet(stream.Record(0x0008, RowOf(2, sheet == 2 ? height : 255)));
+    }
+    return stream;
+  };
+  Load(book(255, 100), kBiff5);
+  EXPECT_EQ(Height(3, 300, 2), 0);
+  EXPECT_EQ(Width(3, 777, 2), 0);
+  EXPECT_READS_AS(book(300, 777));
 }
 
 TEST_F(RowColumnSizeChange, Width_RefusedWithAFullPool_TakesNoBlock) {

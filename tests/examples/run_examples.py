@@ -229,6 +229,24 @@ class Examples(unittest.TestCase):
             key = book.xf_list[sheet.cell_xf_index(1, column)].format_key
             self.assertEqual((key, book.format_map[key].format_str), (254, '#,##0.00 "EUR"'))
 
+    def test_new_report_adds_two_xfs_that_an_independent_program_reads_in_full(self):
+        os.mkdir(self.out)
+        self.assertEqual(run(NEW_REPORT, self.out).returncode, 0)
+        book = xlrd.open_workbook(os.path.join(self.out, "new_report_biff5.xls"), formatting_info=True)
+        products, orders = book.sheets()
+        header, amount = orders.cell_xf_index(0, 0), orders.cell_xf_index(1, 4)
+        self.assertEqual([orders.cell_xf_index(0, column) for column in range(5)], 5 * [header])
+        self.assertEqual([products.cell_xf_index(row, 1) for row in range(1, 6)], 5 * [amount])
+        # Behind the XFs that every new workbook brings along, and the last there are.
+        self.assertEqual([header, amount], [len(book.xf_list) - 2, len(book.xf_list) - 1])
+        self.assertEqual(book.font_list[-1].font_index, book.xf_list[header].font_index)
+        self.assertEqual([(xf.font_index, xf.format_key) for xf in (book.xf_list[header], book.xf_list[amount])],
+                         [(len(book.font_list) - 1, 0), (0, 254)])
+        for xf in (book.xf_list[header], book.xf_list[amount]):
+            self.assertEqual((xf.is_style, xf.protection.cell_locked, xf.protection.formula_hidden), (0, 1, 0))
+            self.assertEqual((xf.alignment.hor_align, xf.alignment.vert_align), (0, 2))
+            self.assertEqual((xf.background.fill_pattern, xf.border.top_line_style, xf.border.left_line_style), (0, 0, 0))
+
     def test_new_report_tells_that_the_folder_is_missing(self):
         answer = run(NEW_REPORT, self.path("nowhere"))
         self.assertEqual(answer.returncode, 1)

@@ -1,6 +1,7 @@
 // Item decoders: each field, the null block, and the texts with their generation's prefix.
 #include "query/item_decoders.h"
 
+#include <iterator>
 #include <utility>
 
 #include "foundation/biff_records.h"
@@ -125,11 +126,98 @@ TEST_F(ItemDecoders, Colours_OfAPatternAndFourBorders) {
   EXPECT_EQ(XLXFColors(xf, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
 }
 
+// Each decoder reads its own bits: all of them, and nothing beside.
+constexpr struct {
+  Decoder decoder;
+  uint32_t offset;
+  uint16_t bits;
+  int16_t all;   // result with those bits alone
+  int16_t none;  // result with all bits but those
+} kFields[] = {
+    {XLFontSize, 2, 0xFFFF, -1, 0},     {XLXFFont, 2, 0xFFFF, -1, 0},
+    {XLXFFormat, 4, 0xFFFF, -1, 0},     {XLFontColor, 6, 0xFFFF, -9, -8},
+    {XLFontBoldness, 8, 0xFFFF, -1, 0}, {XLFontItalic, 4, 0x0002, 1, 0},
+    {XLFontStrikeOut, 4, 0x0008, 1, 0}, {XLFontUnderline, 12, 0x00FF, 255, 0},
+    {XLXFLocked, 6, 0x0001, 1, 0},      {XLXFHidden, 6, 0x0002, 1, 0},
+    {XLXFHAlignment, 8, 0x0007, 7, 0},  {XLXFVAlignment, 8, 0x0030, 3, 0},
+    {XLXFRotation, 9, 0x0003, 3, 0},
+};
+
+TEST_F(ItemDecoders, EachReadsItsOwnBits_AndNoOthers) {
+  const uint32_t block = MEMORYALLOC(64);
+  const Block item = OpenBlock(block);
+  for (const auto& field : kFields) {
+    MEMORYSET1(&block, 64, 0);
+    PutU16(item, field.offset, field.bits);
+    EXPECT_EQ(field.decoder(block), field.all) << &field - kFields;
+    MEMORYSET1(&block, 64, 0xFF);
+    PutU16(item, field.offset, static_cast<uint16_t>(~field.bits));
+    EXPECT_EQ(field.decoder(block), field.none) << &field - kFields;
+  }
+}
+
+struct SplitField {
+  uint32_t offset;
+  uint16_t bits;
+  uint16_t all;
+};
+
+TEST_F(ItemDecoders, BorderStyles_EachOfItsOwnBits_AndNoOthers) {
+  constexpr SplitField kStyles[] = {
+      {12, 0x003F, 0x3F}, {14, 0x007F, 0x7F}, {12, 0x01C0, 7}, {14, 0x0038, 7}, {14, 0x01C0, 7}};
+  const uint32_t block = MEMORYALLOC(64);
+  for (size_t i = 0; i < std::size(kStyles); ++i) {
+    uint16_t given[5] = {9, 9, 9, 9, 9};
+    MEMORYSET1(&block, 64, 0);
+    PutU16(OpenBlock(block), kStyles[i].offset, kStyles[i].bits);
+    EXPECT_EQ(XLXFBorderStyle(block, &given[0], &given[1], &given[2], &given[3], &given[4]), 0);
+    EXPECT_EQ(given[i], kStyles[i].all) << i;
+    MEMORYSET1(&block, 64, 0xFF);
+    PutU16(OpenBlock(block), kStyles[i].offset, static_cast<uint16_t>(~kStyles[i].bits));
+    EXPECT_EQ(XLXFBorderStyle(block, &given[0], &given[1], &given[2], &given[3], &given[4]), 0);
+    EXPECT_EQ(given[i], 0) << i;
+  }
+}
+
+TEST_F(ItemDecoders, Colours_EachOfItsOwnBits_AndNoOthers) {
+  constexpr SplitField kColours[] = {{10, 0x007F, 119}, {10, 0x1F80, 55},  {14, 0xFE00, 119},
+                                     {12, 0xFE00, 119}, {16, 0x007F, 119}, {16, 0x3F80, 119}};
+  const uint32_t block = MEMORYALLOC(64);
+  for (size_t i = 0; i < std::size(kColours); ++i) {
+    uint16_t given[6] = {9, 9, 9, 9, 9, 9};
+    const auto read = [&] {
+      return XLXFColors(block, &given[0], &given[1], &given[2], &given[3], &given[4], &given[5]);
+    };
+    MEMORYSET1(&block, 64, 0);
+    PutU16(OpenBlock(block), 10, 0x0080);  // a colour B, so that A is colour 1
+    PutU16(OpenBlock(block), kColours[i].offset,
+           static_cast<uint16_t>(kColours[i].bits | (i == 0 ? 0x0080 : 0)));
+    EXPECT_EQ(read(), 0);
+    EXPECT_EQ(given[i], kColours[i].all) << i;
+    MEMORYSET1(&block, 64, 0xFF);
+    PutU16(OpenBlock(block), kColours[i].offset, static_cast<uint16_t>(~kColours[i].bits));
+    EXPECT_EQ(read(), 0);
+    // Without a colour B the one colour comes in its place: all bits of A.
+    EXPECT_EQ(given[i], i == 1 ? 119 : 0xFFF8) << i;
+  }
+}
+
+TEST_F(ItemDecoders, OneColour_IsColour2_WhateverStandsAboveIt) {
+  uint16_t c1 = 7, c2 = 7;
+  EXPECT_EQ(XLXFColors(Xf(0, 0xE000 | 0x7F, 0, 0, 0), &c1, &c2, nullptr, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(c1, 0);
+  EXPECT_EQ(c2, 119);
+}
+
 TEST_F(ItemDecoders, FontName) {
   EXPECT_EQ(TextOf(XLFontName, Font(0)), "Arial");
   EXPECT_EQ(TextOf(XLFontName, Font(0, "")), "");
+  MEMORYFREEALL();
+  EXPECT_EQ(TextOf(XLFontName, Font(0, std::string(255, 'n'))), std::string(255, 'n'));
+  MEMORYFREEALL();
+  EXPECT_EQ(TextOf(XLFontName, Font(0)), "Arial");
   EXPECT_EQ(XLFontName(Font(0), nullptr), 0);
-  EXPECT_EQ(LiveBlocks(), 3u);
+  EXPECT_EQ(LiveBlocks(), 2u);
 }
 
 TEST_F(ItemDecoders, FormatString_OfEachGeneration) {
@@ -161,6 +249,21 @@ TEST_F(ItemDecoders, Texts_WithoutAPoolBlock_GiveMinusFour) {
   BSTR text = nullptr;
   EXPECT_EQ(XLFontName(font, &text), -4);
   EXPECT_EQ(XLFormatString(font, &text), -4);
+  EXPECT_EQ(text, nullptr);
+}
+
+// In BIFF8 too the block is as long as the payload's length says.
+TEST_F(ItemDecoders, Texts_NeedABlockOfTheirWholeLength) {
+  const uint32_t name = Font(0, std::string(255, 'n'));
+  const uint32_t format = Item(Bytes(255, 'x'));
+  while (LiveBlocks() < 9) ASSERT_NE(MEMORYALLOC(1), 0u);
+  BSTR text = nullptr;
+  EXPECT_EQ(XLFontName(0, &text), -1);
+  EXPECT_EQ(XLFontName(name, &text), -4);
+  for (int32_t version : {kBiff5, kBiff8}) {
+    const Generation generation(version);
+    EXPECT_EQ(XLFormatString(format, &text), -4);
+  }
   EXPECT_EQ(text, nullptr);
 }
 

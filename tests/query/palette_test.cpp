@@ -1,6 +1,7 @@
 // Palette: the workbook's colours and the standard ones.
 #include "query/palette.h"
 
+#include "query/format_catalogue.h"
 #include "support/book_fixture.h"
 #include "support/test_array.h"
 
@@ -59,17 +60,69 @@ TEST_F(Palette, CountBeyondTheRecord_StaysInTheBlock) {
   EXPECT_EQ(colours.NumberAt(0xFFFE), 0);
 }
 
-TEST_F(Palette, StandardColours) {
+// Red, green, blue.
+// clang-format off
+constexpr uint8_t kStandard[56][3] = {
+    {0x00, 0x00, 0x00}, {0xFF, 0xFF, 0xFF}, {0xFF, 0x00, 0x00}, {0x00, 0xFF, 0x00},  // 0
+    {0x00, 0x00, 0xFF}, {0xFF, 0xFF, 0x00}, {0xFF, 0x00, 0xFF}, {0x00, 0xFF, 0xFF},  // 4
+    {0x80, 0x00, 0x00}, {0x00, 0x80, 0x00}, {0x00, 0x00, 0x80}, {0x80, 0x80, 0x00},  // 8
+    {0x80, 0x00, 0x80}, {0x00, 0x80, 0x80}, {0xC0, 0xC0, 0xC0}, {0x80, 0x80, 0x80},  // 12
+    {0x80, 0x80, 0xFF}, {0x80, 0x20, 0x60}, {0xFF, 0xFF, 0xC0}, {0xA0, 0xE0, 0xE0},  // 16
+    {0x60, 0x00, 0x80}, {0xFF, 0x80, 0x80}, {0x00, 0x80, 0xC0}, {0xC0, 0xC0, 0xFF},  // 20
+    {0x00, 0x00, 0x80}, {0xFF, 0x00, 0xFF}, {0xFF, 0xFF, 0x00}, {0x00, 0xFF, 0xFF},  // 24
+    {0x80, 0x00, 0x80}, {0x80, 0x00, 0x00}, {0x00, 0x00, 0x80}, {0x00, 0x00, 0xFF},  // 28
+    {0x00, 0xCC, 0xFF}, {0x69, 0xFF, 0xFF}, {0xCC, 0xFF, 0xCC}, {0xFF, 0xFF, 0x99},  // 32
+    {0xA6, 0xCA, 0xF0}, {0xCC, 0x99, 0xCC}, {0xCC, 0x99, 0xFF}, {0xE3, 0xE3, 0xE3},  // 36
+    {0x33, 0x66, 0xFF}, {0x33, 0xCC, 0xCC}, {0x33, 0x99, 0x33}, {0x99, 0x99, 0x33},  // 40
+    {0x99, 0x66, 0x33}, {0x99, 0x66, 0x66}, {0x66, 0x66, 0x99}, {0x96, 0x96, 0x96},  // 44
+    {0x33, 0x33, 0xCC}, {0x33, 0x66, 0x66}, {0x00, 0x33, 0x00}, {0x33, 0x33, 0x00},  // 48
+    {0x66, 0x33, 0x00}, {0x99, 0x33, 0x66}, {0x33, 0x33, 0x99}, {0x42, 0x42, 0x42},  // 52
+};
+// clang-format on
+
+TEST_F(Palette, StandardColours_HaveRedInTheLowByte) {
   TestArray colours(VT_I4, 0, 55);
+  for (LONG i = 0; i < 56; ++i) colours.SetNumber(i, 0, 0x77777777);
   EXPECT_EQ(XLGetStandardPalette(colours.Ref()), 0);
-  EXPECT_EQ(colours.NumberAt(0), 0x000000);
-  EXPECT_EQ(colours.NumberAt(2), 0x0000FF);
-  EXPECT_EQ(colours.NumberAt(17), 0x602080);
-  EXPECT_EQ(colours.NumberAt(33), 0xFFFF69);
-  EXPECT_EQ(colours.NumberAt(36), 0xF0CAA6);
-  EXPECT_EQ(colours.NumberAt(48), 0xCC3333);
-  EXPECT_EQ(colours.NumberAt(55), 0x424242);
+  for (LONG i = 0; i < 56; ++i) {
+    const uint8_t* wanted = kStandard[i];
+    EXPECT_EQ(colours.NumberAt(i), wanted[0] | wanted[1] << 8 | wanted[2] << 16) << i;
+  }
   EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(Palette, LastPaletteWithoutColours_CountsAsNone) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Record(0x0092, U16(2) + U32(1) + U32(2));
+  LoadGlobals(stream.Record(0x0092, U16(0)));
+  TestArray colours(VT_I4, 0, 1);
+  EXPECT_EQ(XLGetColorData(colours.Ref(), buffer_, table_), 1);
+}
+
+TEST_F(Palette, AnyTypeWithTheLowByte_IsAPalette_ButNoChartRecord) {
+  StreamBuilder stream =
+      StreamBuilder().Bof(6).Record(0x1092, U16(1) + U32(1)).Record(0x0292, U16(1) + U32(2));
+  LoadGlobals(stream.Record(0x1092, U16(9)));
+  TestArray colours(VT_I4, 0, 0);
+  EXPECT_EQ(XLGetColorData(colours.Ref(), buffer_, table_), 0);
+  EXPECT_EQ(colours.NumberAt(0), 2);
+}
+
+TEST_F(Palette, StyleExtBehindThePalette_TellsTheCount) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Record(0x0092, U16(1) + U32(5));
+  LoadGlobals(stream.Record(0x0892, U16(0x0892) + Bytes(10)));
+  EXPECT_EQ(XLGetNumFormatItems(buffer_, table_, 3), 2194);
+  TestArray colours(VT_I4, 0, 2193);
+  EXPECT_EQ(XLGetColorData(colours.Ref(), buffer_, table_), 0);
+  EXPECT_EQ(colours.NumberAt(0), 5);
+}
+
+TEST_F(Palette, ColoursThatTheArrayRefuses_ArePassedOver) {
+  StreamBuilder stream = StreamBuilder().Bof(6);
+  LoadGlobals(stream.Record(0x0092, U16(1) + U32(5)));
+  TestArray texts(VT_BSTR, 0, 0), all(VT_BSTR, 0, 55);
+  EXPECT_EQ(XLGetColorData(texts.Ref(), buffer_, table_), 0);
+  EXPECT_EQ(XLGetStandardPalette(all.Ref()), 0);
+  EXPECT_EQ(all.TextAt(1), "(none)");
 }
 
 TEST_F(Palette, StandardColours_NeedAnArrayThatFits) {

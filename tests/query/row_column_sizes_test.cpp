@@ -74,6 +74,8 @@ TEST_F(RowColumnSizes, ChecksInTheirOrder) {
   for (TestArray* array : {&from_zero, &longer, &shorter}) ExpectBoth(5, array->Ref(), buffer_, table_, 1);
   PutTableEntry(Table(), 0, 0xFFFE);
   ExpectBoth(2, sizes_.Ref(), buffer_, table_, -1);
+  ExpectBoth(2, sizes_.Ref(), buffer_, table_, 0);
+  ExpectBoth(3, sizes_.Ref(), buffer_, table_, -2);
   ExpectBoth(3, sizes_.Ref(), buffer_, table_, 1);
   PutTableEntry(Table(), 0, 0);
   ExpectBoth(1, sizes_.Ref(), buffer_, table_, 1);
@@ -94,6 +96,24 @@ TEST_F(RowColumnSizes, SheetThatSaysNothing_LeavesTheArrayAlone) {
 TEST_F(RowColumnSizes, RowsHaveTheirHeightPlusOne_AndTheDefaultHasNot) {
   StreamBuilder stream = OneSheet().Record(0x0225, DefaultHeight(255)).Record(0x0208, RowPayload(1, 255));
   EXPECT_EQ(Heights(stream.Record(0x0208, RowPayload(2, 0x80FF))), (V{255, 256, -32512, 255}));
+}
+
+TEST_F(RowColumnSizes, DefaultHeight_IsThe16BitsBehindTheFlags) {
+  EXPECT_EQ(Heights(OneSheet().Record(0x0225, U16(0x7777) + U16(0x8123))), (V(4, -0x7EDD)));
+}
+
+TEST_F(RowColumnSizes, LastRowOfARange_CanBe32767) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Sheet("Data").Eof().Bof(6, kWorksheet);
+  stream.Dimensions(0, 0x7FFF, 0, 0x7FFF)
+      .Record(0x0225, DefaultHeight(255))
+      .Record(0x0208, RowPayload(0x7FFE, 300));
+  Load(stream.Record(0x0208, RowPayload(0x7FFF, 301)).Record(0x007D, ColInfo(0x7FFE, 0x7FFE, 256)).Eof());
+  TestArray all(VT_I2, 1, 0x7FFF);
+  EXPECT_EQ(XLGetRowHeight(all.Ref(), buffer_, table_, 1), 0);
+  EXPECT_EQ(all.NumberAt(0x7FFE), 255);
+  EXPECT_EQ(all.NumberAt(0x7FFF), 301);
+  EXPECT_EQ(XLGetColWidth(all.Ref(), buffer_, table_, 1), 0);
+  EXPECT_EQ(all.NumberAt(0x7FFF), 120);
 }
 
 TEST_F(RowColumnSizes, HighestHeight_WrapsIn16Bits) {
@@ -120,6 +140,17 @@ TEST_F(RowColumnSizes, LastRowAbove32767_IsNegative_AndFitsNoArray) {
   StreamBuilder stream = StreamBuilder().Bof(6).Sheet("Data").Eof().Bof(6, kWorksheet);
   Load(stream.Dimensions(0, 0x8000, 0, 0x8000).Eof());
   ExpectBoth(5, sizes_.Ref(), buffer_, table_, 1);
+  TestArray all(VT_I2, 1, 0x8000);
+  ExpectBoth(5, all.Ref(), buffer_, table_, 1);
+}
+
+TEST_F(RowColumnSizes, RangeThatEndsAtZero_TakesAnEmptyArray_AndWritesNothing) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Sheet("Data").Eof().Bof(6, kWorksheet).Dimensions(0, 0, 0, 0);
+  Load(stream.Record(0x0225, DefaultHeight(255)).Record(0x0055, U16(8)).Eof());
+  TestArray none(VT_I2, 1, 0);
+  ASSERT_NE(none.Get(), nullptr);
+  ExpectBoth(0, none.Ref(), buffer_, table_, 1);
+  ExpectBoth(5, sizes_.Ref(), buffer_, table_, 1);
 }
 
 TEST_F(RowColumnSizes, SheetWithoutDimensions_TakesAnyArrayFromOne) {
@@ -142,6 +173,25 @@ TEST_F(RowColumnSizes, ColInfoWidths) {
   StreamBuilder stream = OneSheet().Record(0x007D, ColInfo(0, 0, 256)).Record(0x007D, ColInfo(1, 1, 2560));
   stream.Record(0x007D, ColInfo(2, 2, 0xFFFF)).Record(0x007D, ColInfo(3, 3, 0x8000));
   EXPECT_EQ(Widths(stream), (V{120, 1200, 0, -15360}));
+}
+
+TEST_F(RowColumnSizes, ColInfoWidths_AreCutTowardZero) {
+  StreamBuilder stream = OneSheet().Record(0x007D, ColInfo(0, 0, 2)).Record(0x007D, ColInfo(1, 1, 3));
+  stream.Record(0x007D, ColInfo(2, 2, 0xFFFD)).Record(0x007D, ColInfo(3, 3, 0x7FFF));
+  EXPECT_EQ(Widths(stream), (V{0, 1, -1, 15359}));
+}
+
+TEST_F(RowColumnSizes, DefaultWidthBehindAColInfo_OverwritesIt) {
+  StreamBuilder stream = OneSheet().Record(0x007D, ColInfo(1, 2, 256)).Record(0x0055, U16(8));
+  EXPECT_EQ(Widths(stream.Record(0x007D, ColInfo(3, 3, 512))), (V{960, 960, 960, 240}));
+}
+
+TEST_F(RowColumnSizes, WidthsAndZoom_OfEmbeddedSubstreams_Count_AndChartRecordsDoNot) {
+  StreamBuilder stream =
+      OneSheet().Bof(6, kChart).Record(0x027D, ColInfo(1, 1, 256)).Record(0x02A0, U16(3) + U16(4)).Eof();
+  stream.Record(0x107D, ColInfo(2, 2, 256)).Record(0x1055, U16(8)).Record(0x10A0, U16(1) + U16(9));
+  EXPECT_EQ(Widths(stream), (V{7, 120, 7, 7}));
+  EXPECT_EQ(XLGetMagnification(buffer_, table_, 1), 0.75);
 }
 
 TEST_F(RowColumnSizes, ColInfoPastTheLastColumn_WritesWhatFits) {
@@ -172,6 +222,12 @@ TEST_F(RowColumnSizes, Zoom_ByZero_AndBelowZero_FollowsFloatingPoint) {
   MEMORYFREEALL();
   StreamBuilder negative = OneSheet().Record(0x00A0, U16(0xFFFF) + U16(2));
   EXPECT_EQ(Zoom(negative), -0.5);
+  MEMORYFREEALL();
+  StreamBuilder negative_below = OneSheet().Record(0x00A0, U16(1) + U16(0xFFFE));
+  EXPECT_EQ(Zoom(negative_below), -0.5);
+  MEMORYFREEALL();
+  StreamBuilder neither = OneSheet().Record(0x00A0, U16(0) + U16(0));
+  EXPECT_TRUE(std::isnan(Zoom(neither)));
 }
 
 TEST_F(RowColumnSizes, Zoom_OfAnEmptyExtent_IsOne) {

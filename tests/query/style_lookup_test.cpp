@@ -43,6 +43,15 @@ class StyleLookup : public BookTest {
     ASSERT_EQ(XLLocateSheets(buffer_, &table_, size_), 0);
   }
   void LoadBook(StreamBuilder&& globals, int32_t version = kBiff5) { LoadBook(globals, version); }
+  // Takes every slot but one of `capacity` bytes.
+  static void FreeOnly(uint32_t capacity) {
+    uint32_t kept = 0;
+    while (LiveBlocks() < 9) {
+      const uint32_t block = MEMORYALLOC(1);
+      if (kept == 0 && MEMORYALLOCSIZE(block) == capacity) kept = block;
+    }
+    ASSERT_EQ(MEMORYFREE(&kept), 1);
+  }
   int16_t Font(const char* name, const FontValues& font = kPlain) {
     return XLGetFont(&buffer_, table_, &size_, name, font);
   }
@@ -163,9 +172,39 @@ TEST_F(StyleLookup, Font_EmptyName_Matches_AndALongOneIsFoundAgain) {
   const std::string name(300, 'x');
   EXPECT_EQ(Font(name.c_str()), 3);
   EXPECT_EQ(Font(name.c_str()), 2);
-  const std::string longer(70000, 'y');
-  EXPECT_EQ(Font(longer.c_str()), 4);
-  EXPECT_EQ(Font(longer.c_str()), 3);
+}
+
+TEST_F(StyleLookup, TextTooLongForARecord_GivesMinusFour_AndTheRecordStays) {
+  LoadBook(Fonts({"A"}).Record(0x041E, FormatPayload(164, "0")).Record(0x00E0, Bytes(16)));
+  const std::string longest(32767 - 19, 'x');
+  EXPECT_EQ(Font(longest.c_str()), 2);
+  const Bytes before = Image();
+  uint32_t live = 2;
+  for (size_t length : {size_t{32767 - 18}, size_t{65517}, size_t{70000}}) {
+    const std::string text(length, 'y');
+    EXPECT_EQ(Font(text.c_str()), -4) << length;
+    EXPECT_EQ(LiveBlocks(), ++live);
+  }
+  MEMORYFREEALL();
+  LoadBook(Fonts({"A"}).Record(0x041E, FormatPayload(164, "0")).Record(0x00E0, Bytes(16)));
+  EXPECT_EQ(Format(std::string(70000, 'y').c_str()), -4);
+  EXPECT_EQ(LiveBlocks(), 3u);
+  EXPECT_EQ(Format(std::string(32767 - 7, 'y').c_str()), 254);
+}
+
+TEST_F(StyleLookup, Font_ComparesWholeFields_AndNoOthers) {
+  const FontValues odd = {0x7FF8, 0xFFC8, 0x8190, 0, 0x21, 0};
+  const Bytes payload = U16(0xFFC8) + Bytes{0xF5, 0xFF} + U16(0x8000) + U16(0x8190) + U16(0xFFFF) +
+                        Bytes{0x21, 0xFF, 0xFF, 0xFF, 1, 'A'};
+  LoadBook(StreamBuilder().Bof(5).Record(0x0231, payload).Record(0x0042, Bytes(8)));
+  EXPECT_EQ(Font("A", odd), 0);
+  FontValues lower = odd;
+  lower.height = 0x00C8;
+  EXPECT_EQ(Font("A", lower), 2);
+  lower = odd;
+  lower.boldness = 0x0190;
+  EXPECT_EQ(Font("A", lower), 3);
+  EXPECT_EQ(Font("B", odd), 4);
 }
 
 TEST_F(StyleLookup, Format_IsFoundByItsText) {
@@ -190,6 +229,64 @@ TEST_F(StyleLookup, Format_IsNumberedFrom254Down_AndASecondLookupAddsNothing) {
   StreamBuilder wanted = StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a"));
   wanted.Record(0x041E, FormatPayload(254, "b")).Record(0x041E, FormatPayload(253, "0.000"));
   ExpectReadsAs(wanted.Record(0x041E, FormatPayload(252, "yy")).Record(0x00E0, Bytes(16)));
+}
+
+TEST_F(StyleLookup, Format_IndicesAreWholeWords) {
+  StreamBuilder stream = StreamBuilder().Bof(5).Record(0x041E, FormatPayload(0x01FE, "a"));
+  LoadBook(stream.Record(0x041E, FormatPayload(0x8001, "b")).Record(0x00E0, Bytes(16)));
+  EXPECT_EQ(Format("a"), 0x01FE);
+  EXPECT_EQ(Format("b"), -32767);
+  EXPECT_EQ(Format("c"), 254) << "510 is not 254";
+}
+
+TEST_F(StyleLookup, Format_FirstOneCounts_AsTheOthersDo) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x041E, FormatPayload(254, "a")).Record(0x00E0, Bytes(16)));
+  EXPECT_EQ(Format("b"), 253);
+}
+
+TEST_F(StyleLookup, Format_BehindTheList_NothingIsUsed) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a")).Record(0x00E0, Bytes(16)));
+  uint32_t slot = MEMORYALLOC(512);
+  for (uint32_t at = 0; at < 512; at += 2) PutU16(OpenBlock(slot), at, 254);
+  MEMORYFREE(&slot);
+  EXPECT_EQ(Format("b"), 254);
+}
+
+TEST_F(StyleLookup, Format_LongText_IsFoundAgain) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a")).Record(0x00E0, Bytes(16)));
+  const std::string text(300, 'x');
+  EXPECT_EQ(Format(text.c_str()), 254);
+  EXPECT_EQ(Format(text.c_str()), 254);
+  EXPECT_EQ(Format(text.substr(1).c_str()), 253);
+}
+
+TEST_F(StyleLookup, Format_BehindTheRun_IsNotTakenForUsed) {
+  StreamBuilder stream =
+      StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a")).Record(0x00E0, Bytes(16));
+  LoadBook(stream.Record(0x041E, FormatPayload(254, "b")));
+  EXPECT_EQ(Format("b"), 254);
+}
+
+// The list takes two bytes for each of 17 built-in formats and of the records.
+TEST_F(StyleLookup, Format_ListTakesTwoBytesAnItem) {
+  for (uint16_t records : {uint16_t{239}, uint16_t{240}}) {
+    MEMORYFREEALL();
+    StreamBuilder stream = StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a"));
+    for (uint16_t i = 1; i < records; ++i) stream.Record(0x041E, FormatPayload(i, "x"));
+    LoadBook(stream.Record(0x00E0, Bytes(16)));
+    FreeOnly(512);
+    EXPECT_EQ(Format("a"), records == 239 ? 164 : -21);
+  }
+}
+
+TEST_F(StyleLookup, Format_WithoutABlockForItsRecord_GivesMinusThree) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "a")).Record(0x00E0, Bytes(16)));
+  FreeOnly(512);
+  const Bytes before = Image();
+  EXPECT_EQ(Format(std::string(506, 'x').c_str()), -3);
+  EXPECT_EQ(Image(), before);
+  EXPECT_EQ(LiveBlocks(), 8u) << "the list is released";
+  EXPECT_EQ(Format(std::string(505, 'x').c_str()), 254);
 }
 
 TEST_F(StyleLookup, Format_AllTaken_EndsAt16_WhichIsUsedAnyway) {
@@ -223,6 +320,29 @@ TEST_F(StyleLookup, XfInd_ComparesSixFields_AndNothingElse) {
   EXPECT_EQ(Xf({5, 6, 1, 0, 1, 2, 4, 0x2041}), 6);
   EXPECT_EQ(Xf({5, 6, 1, 0, 1, 2, 3, 0x2042}), 7);
   EXPECT_EQ(Xf({5, 6, 1, 0, 1, 2, 3, 0x2042}), 7);
+}
+
+TEST_F(StyleLookup, XfInd_ComparesWholeFields) {
+  StreamBuilder stream = StreamBuilder().Bof(5).Record(0x00E0, XfPayload(0xFFF5, 0xFFF6, 2, 0xFFFF, 0xFFF7));
+  LoadBook(stream.Record(0x00E0, XfPayload(0xFFF5, 0xFFF6, 0xFFFD, 0xFFFF, 0xFFF7)).Record(0x0293, Bytes(4)));
+  const Bytes before = Image();
+  EXPECT_EQ(Xf({0xFFF5, 0xFFF6, 0, 1, -1, 0, 0, 0xFFF7}), 0);
+  EXPECT_EQ(Xf({0xFFF5, 0xFFF6, 1, 0, -1, 0, 0, 0xFFF7}), 1);
+  EXPECT_EQ(Image(), before);
+  EXPECT_EQ(Xf({0x00F5, 0xFFF6, 0, 1, -1, 0, 0, 0xFFF7}), 2);
+  EXPECT_EQ(Xf({0xFFF5, 0x00F6, 0, 1, -1, 0, 0, 0xFFF7}), 3);
+  EXPECT_EQ(Xf({0xFFF5, 0xFFF6, 0, 1, -1, 0, 0, 0x00F7}), 4);
+  EXPECT_EQ(Xf({0xFFF5, 0xFFF6, 0, 1, 0xFF, 0, 0, 0xFFF7}), 5);
+}
+
+TEST_F(StyleLookup, Walk_StepsThroughPrivateRecords_AndEndsAtAnyOther) {
+  for (const uint16_t between : {uint16_t{0xFEFD}, uint16_t{0xFE31}, uint16_t{0x1031}, uint16_t{0xFD42}}) {
+    MEMORYFREEALL();
+    StreamBuilder stream = StreamBuilder().Bof(5).Record(0x0042, Bytes(4)).Record(0x0031, FontPayload("A"));
+    stream.Record(between, Bytes(8)).Record(0x0031, FontPayload("B"));
+    LoadBook(stream.Record(0x0042, Bytes(8)));
+    EXPECT_EQ(Font("B"), between >> 8 == 0xFE ? 1 : 2) << between;
+  }
 }
 
 TEST_F(StyleLookup, XfInd_AddsTwentyBytes_InBothGenerations) {
@@ -299,6 +419,40 @@ TEST_F(StyleLookup, FullXf_OfBiff8_IsFoundUntilAnotherIsAddedBehindIt) {
   EXPECT_EQ(LiveBlocks(), 2u);
 }
 
+// A record follows each run, as in a real workbook.
+TEST_F(StyleLookup, SecondLookup_AddsNothing_InBothGenerations) {
+  for (int32_t version : {kBiff5, kBiff8}) {
+    MEMORYFREEALL();
+    StreamBuilder stream =
+        StreamBuilder().Bof(static_cast<uint8_t>(version)).Record(0x0031, FontPayload("A"));
+    stream.Record(0x041E, FormatPayload(164, "0")).Record(0x00E0, Bytes(16));
+    LoadBook(stream.Record(0x0293, Bytes(4)), version);
+    EXPECT_EQ(Font("B"), 2);
+    EXPECT_EQ(Format("0.0"), 254);
+    EXPECT_EQ(Xf({5, 6, 1, 0, 1, 2, 3, 7}), 1);
+    EXPECT_EQ(FullXf(kXf), 2);
+    const Bytes once = Image();
+    EXPECT_EQ(Font("B"), 1);
+    EXPECT_EQ(Format("0.0"), 254);
+    EXPECT_EQ(Xf({5, 6, 1, 0, 1, 2, 3, 7}), 1);
+    EXPECT_EQ(FullXf(kXf), 2);
+    EXPECT_EQ(Image(), once);
+    EXPECT_EQ(LiveBlocks(), 2u);
+  }
+}
+
+// The EOF of the globals is shorter than a DETOUR, and takes the BOF behind it along.
+TEST_F(StyleLookup, RecordBeforeTheEndOfTheGlobals_DisplacesTheFirstSheet) {
+  StreamBuilder stream = StreamBuilder().Bof(5).Record(0x0031, FontPayload("A"));
+  LoadBook(stream);
+  const Bytes table = BlockContents(table_, MEMORYSIZE(table_));
+  const uint32_t eof = TableEntry(Table(), kTableFirstSheet) - 4;
+  EXPECT_EQ(Format("0.0"), 254);
+  EXPECT_TRUE(IsPrivate(Stream(), eof, kLowDetour));
+  EXPECT_FALSE(IsPlain(Stream(), eof + 4, kLowBof));
+  EXPECT_EQ(BlockContents(table_, MEMORYSIZE(table_)), table) << "the table is not touched";
+}
+
 TEST_F(StyleLookup, NullArguments) {
   LoadBook(Fonts({"A"}));
   uint32_t none = 0;
@@ -311,10 +465,13 @@ TEST_F(StyleLookup, NullArguments) {
   EXPECT_EQ(XLGetFormat(&buffer_, 0, &size_, "0"), -1);
   EXPECT_EQ(XLGetFormat(&none, table_, &size_, "0"), -1);
   EXPECT_EQ(XLGetFormat(nullptr, table_, &size_, "0"), -1);
+  EXPECT_EQ(XLGetFormat(&buffer_, table_, nullptr, "0"), -1);
   EXPECT_EQ(XLGetXFInd(&none, 0, &size_, {}), -6);
   EXPECT_EQ(XLGetXFInd(&none, table_, &size_, {}), -11);
   EXPECT_EQ(XLGetXFIndFull(&none, 0, &size_, kXf, 1, 0), -6);
   EXPECT_EQ(XLGetXFIndFull(&none, table_, &size_, kXf, 1, 0), -11);
+  EXPECT_EQ(XLGetXFInd(&buffer_, table_, nullptr, {}), -11);
+  EXPECT_EQ(XLGetXFIndFull(&buffer_, table_, nullptr, kXf, 1, 0), -11);
   EXPECT_EQ(LiveBlocks(), 2u);
 }
 
