@@ -43,6 +43,35 @@ TEST_F(CompactReferenceTest, AChartEditsEntryKeepsItsOffset) {
   EXPECT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), static_cast<int32_t>(mark));
 }
 
+TEST_F(CompactReferenceTest, OfTwoEntriesOfOneNameTheFirstIsRenewed) {
+  const Bytes table = TableHead(1) + kTableEnd;
+  Load(RefRecord(0xFF, 12 + 18) + Bytes{0xFD, 0xFE, 0, 0} + table + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) +
+       Entry(1, 1, 77) + Entry(1, 1, 78) + Entry(2, 1, 79) + RefRecord(0xFE, 0));
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
+            Hex(RefRecord(0xFF, 8 + 18) + table + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8) +
+                Entry(1, 1, 78) + Entry(2, 1, 79) + RefRecord(0xFE, 0) + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, WithoutAValidDirectoryNoEntryIsRenewed) {
+  const Bytes rest = TableHead(1) + kTableEnd + RefRecord(0xDB, 0) + Entry(1, 1, 77) + RefRecord(0xFE, 0);
+  Load(RefRecord(0xFF, 26) + rest);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(RefRecord(0xFF, 26) + rest + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, ARecordOfANegativeLengthTakesTheWriteOffsetBack) {
+  Bytes long_one = Bytes{0xE5, 0x10, 0x00, 0x80} + Bytes(0x8000, 7);  // -32764 bytes
+  const Bytes front = RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0xFC, 0x7F} + Bytes(0x7FFC, 9);
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + RefRecord(0xFE, 0);
+  Load(front + long_one + tail);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  const uint32_t at = 8 + 0x8000 - (0x8000 - 4);
+  EXPECT_EQ(size_, at + 24 + 4);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
+            Hex(RefRecord(0xFF, at) + Bytes{0xE5, 0x10, 0xFC, 0x7F} + tail + kBufEnd));
+}
+
 TEST_F(CompactReferenceTest, RetiredRecordsGo) {
   Load(kNewStream);
   ASSERT_EQ(CreateTable(1), 0);

@@ -116,6 +116,88 @@ TEST_F(ReferenceBindingTest, WithoutFormatsTheFirstSheetMovesWithItsEntry) {
   EXPECT_EQ(BlockContents(again, 20), BlockContents(table_, 20));
 }
 
+// Globals whose run of FORMAT records is followed by one record of `payload` bytes, and then the EOF.
+StreamBuilder ShortBehindFormats(uint32_t payload) {
+  StreamBuilder stream;
+  stream.Bof(6).Sheet("One").Sheet("Two").Record(kFormat, kCurrency).Record(0x0160, Bytes(payload)).Eof();
+  stream.Bof(6, kWorksheet).Number(0, 0, 15, 1.5).Eof().Bof(6, kWorksheet).Number(0, 0, 15, 2.5).Eof();
+  return stream;
+}
+
+TEST_F(ReferenceBindingTest, AShortRecordInFrontOfTheEofLeavesTheGlobalsTheirEnd) {
+  for (uint32_t payload = 0; payload <= 5; ++payload) {
+    MEMORYFREEALL();
+    Load(ShortBehindFormats(payload));
+    ASSERT_EQ(Insert(7), 0);
+    EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 2), kLowBof)) << payload;
+    EXPECT_TRUE(IsPlain(Stream(), GlobalsEnd(Table()), kLowEof)) << payload;
+    EXPECT_EQ(Stamps("7       "), 1u);
+    const uint32_t size = size_;
+    EXPECT_EQ(Insert(12), 0);
+    EXPECT_EQ(Stamps("12      "), 1u);
+    EXPECT_EQ(Unbind(), 0);
+    EXPECT_EQ(Unbind(), -1);
+    EXPECT_EQ(Insert(8), 0);
+    EXPECT_EQ(size_, size);
+    uint32_t again = 0;
+    ASSERT_EQ(XLLocateSheets(buffer_, &again, size_), 0);
+    EXPECT_EQ(BlockContents(again, 20), BlockContents(table_, 20)) << payload;
+  }
+}
+
+TEST_F(ReferenceBindingTest, AShortRecordInFrontOfTheEofIsSavedBehindTheStamp) {
+  const std::string path = folder_.File("book.xls");
+  for (uint32_t payload = 0; payload <= 5; ++payload) {
+    MEMORYFREEALL();
+    Load(ShortBehindFormats(payload));
+    const Bytes plain = ShortBehindFormats(payload).Stream();
+    const uint32_t bof = TableEntry(Table(), 2);
+    ASSERT_TRUE(WriteWorkbook(path, "Workbook", {1}));
+    ASSERT_EQ(Insert(7), 0);
+    ASSERT_EQ(XLSaveFile(path.c_str(), &buffer_, &table_, &size_), 0);
+    EXPECT_EQ(XLGetReference(path.c_str()), 7);
+    const Bytes saved = ReadStream(path, "Workbook").value_or(Bytes{});
+    ASSERT_EQ(saved.size(), plain.size() + 36);
+    EXPECT_EQ(Bytes(saved.begin() + bof + 36, saved.end()), Bytes(plain.begin() + bof, plain.end()));
+    ASSERT_EQ(XLLocateSheets(buffer_, &table_, size_), 0);
+    EXPECT_EQ(TableEntry(Table(), 2), bof + 36);
+    ASSERT_EQ(Unbind(), 0);
+    ASSERT_EQ(XLSaveFile(path.c_str(), &buffer_, &table_, &size_), 0);
+    EXPECT_EQ(ReadStream(path, "Workbook"), plain);
+  }
+}
+
+TEST_F(ReferenceBindingTest, AShortRecordInAWorkbookWithoutSheetsIsKept) {
+  Load(StreamBuilder().Bof(6).Record(kFormat, kCurrency).Record(0x0160, Bytes(2)).Eof());
+  ASSERT_EQ(Insert(7), 0);
+  StreamBuilder expected;
+  expected.Bof(6).Record(kFormat, kCurrency).Raw(Stamp("7       ")).Record(0x0160, Bytes(2)).Eof();
+  EXPECT_EQ(Hex(WalkedStream(buffer_)), Hex(expected.Stream()));
+  EXPECT_EQ(Insert(8), 0);
+  EXPECT_EQ(Stamps("8       "), 1u);
+}
+
+TEST_F(ReferenceBindingTest, AFailedPatchKeepsTheStampAndItsDigitsAllocated) {
+  uint32_t low[2] = {MEMORYALLOC(1), MEMORYALLOC(1)};
+  for (int slot = 3; slot <= 8; ++slot) ASSERT_NE(MEMORYALLOC(1), 0u);
+  buffer_ = WithFormats().Load(&size_);
+  ASSERT_EQ(MEMORYISHANDLE(buffer_), 9);
+  MEMORYFREE(&low[0]);
+  MEMORYFREE(&low[1]);
+  table_ = MEMORYALLOC(12);  // slot 1; the digits take slot 2, and the stamp finds none
+  EXPECT_EQ(Insert(7), 4);
+  EXPECT_NE(buffer_, 0u);
+  MEMORYFREEALL();
+  buffer_ = WithFormats().Load(&size_);
+  table_ = MEMORYALLOC(12);
+  PutTableEntry(Table(), 2, size_);
+  size_ = 300000000;  // no slot is so large
+  EXPECT_EQ(Insert(7), 4);
+  EXPECT_EQ(buffer_, 0u);
+  EXPECT_EQ(LiveBlocks(), 3u);  // the table, the digits, the stamp
+  EXPECT_EQ(BytesInUse(), 12u + 8u + 36u);
+}
+
 TEST_F(ReferenceBindingTest, ASavedStampIsReadBackAndTheSheetsAreWhole) {
   const std::string path = folder_.File("book.xls");
   for (const bool formats : {true, false}) {
@@ -150,6 +232,8 @@ TEST_F(ReferenceBindingTest, RefusesWhatIsNotThere) {
   LoadFormats();
   uint32_t none = 0;
   EXPECT_EQ(XLInsertReference(&buffer_, 0, &size_, 1), 6);
+  EXPECT_EQ(XLInsertReference(&none, 0, &size_, 1), 6);  // the table comes first
+  EXPECT_EQ(XLUnbindReference(0, 0), 6);
   EXPECT_EQ(XLInsertReference(&none, table_, &size_, 1), 7);
   EXPECT_EQ(XLInsertReference(nullptr, table_, &size_, 1), 7);
   EXPECT_EQ(XLUnbindReference(buffer_, 0), 6);

@@ -1,6 +1,8 @@
 // The directory of a ReferenceBuffer: lookups, walks, creation, and records put into objects before and after compactions.
 #include "reference/reference_directory.h"
 
+#include <chrono>
+
 #include "reference/reference_fixture.h"
 #include "support/made_record.h"
 
@@ -166,6 +168,54 @@ TEST_F(ReferenceDirectoryTest, ADisplacedChartEditIsFoundAtItsNewPlace) {
   ASSERT_GT(at, 0);
   EXPECT_EQ(U32At(Stream(), static_cast<uint32_t>(at)), 0x000510FBu);
   EXPECT_EQ(U16At(Stream(), static_cast<uint32_t>(at) + kEditId), 4);
+}
+
+TEST_F(ReferenceDirectoryTest, OfTwoChartEditsOfOneNameEachKeepsItsOwnEntry) {
+  ASSERT_EQ(Create(4, EditKindWord(1), EditHead(0, 4) + kEditEnd),
+            0);  // stays true, being first in the stream
+  ASSERT_EQ(CreateTable(1), 0);
+  ASSERT_EQ(Create(4, EditKindWord(1), EditHead(0, 4) + kEditEnd), 0);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  ASSERT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), 8);
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // displaces the second, of whose place no entry knows
+  EXPECT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), 8);
+}
+
+TEST_F(ReferenceDirectoryTest, ADisplacedChartEditThatIsListedTwiceMovesInItsOwnEntryAlone) {
+  ASSERT_EQ(CreateTable(1), 0);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  ASSERT_EQ(Create(4, EditKindWord(1), EditHead(0, 4) + kEditEnd), 0);
+  ASSERT_EQ(Create(4, EditKindWord(1), EditHead(0, 4) + kEditEnd), 0);
+  const int32_t first = FindRefEntry(buffer_, 4, EditKindWord(1));
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // the DETOUR to the first goes along
+  const int32_t moved = FindRefEntry(buffer_, 4, EditKindWord(1));
+  EXPECT_NE(moved, first);
+  EXPECT_EQ(U32At(Stream(), static_cast<uint32_t>(moved)), 0x0004FEFFu);
+  const uint32_t head = NextRecord(Stream(), static_cast<uint32_t>(moved));
+  EXPECT_EQ(U32At(Stream(), head), 0x000510FBu);
+}
+
+TEST_F(ReferenceDirectoryTest, ACompactionOfManyObjectsWalksTheDirectoryOnce) {
+  constexpr uint16_t kTables = 60000;
+  Bytes stream = RefRecord(0xFF, 0);
+  for (uint32_t id = 1; id <= kTables; ++id) {
+    for (const Bytes& part : {TableHead(static_cast<uint16_t>(id)), kTableEnd}) {
+      stream.insert(stream.end(), part.begin(), part.end());
+    }
+  }
+  WriteU32(stream.data() + 4, static_cast<uint32_t>(stream.size()));
+  for (const uint8_t low : {uint8_t{0xDA}, uint8_t{0xDB}}) stream = stream + RefRecord(low, 0);
+  for (uint32_t id = kTables; id >= 1; --id) {
+    const Bytes entry = Entry(1, static_cast<uint16_t>(id), 0xDDDDDDDD);
+    stream.insert(stream.end(), entry.begin(), entry.end());
+  }
+  Load(stream + RefRecord(0xFE, 0));
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));  // it takes some milliseconds
+  for (const uint16_t id : {uint16_t{1}, uint16_t{2}, uint16_t{30000}, kTables}) {
+    EXPECT_EQ(FindRefEntry(buffer_, id, kKindTable), 8 + 18 * (id - 1)) << id;
+  }
 }
 
 TEST_F(ReferenceDirectoryTest, AnObjectMadeBehindACompactedOneStaysInReach) {
