@@ -123,8 +123,8 @@ int16_t PatchGlobals(uint32_t* buffer, uint32_t table, uint32_t* size, const uin
 // SLACK is patched in at the EOF first: EOF and BOF move together, and what stands behind the short record is the DETOUR to them.
 int16_t PatchStamp(uint32_t* buffer, uint32_t table, uint32_t* size, uint32_t stamp, uint32_t at) {
   const uint32_t first = kHeaderSize + LengthAt(OpenBlock(*buffer), at);
-  const uint32_t eof = GlobalsEnd(OpenBlock(table));
-  if (first < kJumpSize && at + first == eof && IsPlain(OpenBlock(*buffer), eof, kLowEof)) {
+  const uint32_t eof = at + first;
+  if (first < kJumpSize && IsPlain(OpenBlock(*buffer), eof, kLowEof)) {
     constexpr uint8_t kEmptySlack[kHeaderSize] = {kLowSlack, kPrivateHigh, 0, 0};
     const int16_t moved = PatchGlobals(buffer, table, size, kEmptySlack, sizeof kEmptySlack, eof);
     if (moved != kDone) return moved;

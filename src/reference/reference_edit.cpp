@@ -16,7 +16,6 @@ struct HeadName {
 
 // What the entry of the object whose head stands at `at` says of it.
 HeadName HeadAt(const Block& block, uint32_t at) {
-  if (IsPrivate(block, at, U8At(block, at))) return {};  // a jump or SLACK, and no head
   if (IsChart(block, at, kLowTableHead)) return {kKindTable, U16At(block, at + kObjectId)};
   if (IsChart(block, at, kLowGraphHead)) return {kKindGraph, U16At(block, at + kObjectId)};
   if (!IsChart(block, at, kLowEditHead)) return {};

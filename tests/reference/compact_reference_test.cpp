@@ -53,6 +53,16 @@ TEST_F(CompactReferenceTest, OfTwoEntriesOfOneNameTheFirstIsRenewed) {
                 Entry(1, 1, 78) + Entry(2, 1, 79) + RefRecord(0xFE, 0) + kBufEnd));
 }
 
+TEST_F(CompactReferenceTest, AHeadThatIsNotListedRenewsNoOther) {
+  const Bytes tables = TableHead(2) + kTableEnd + TableHead(1) + kTableEnd + GraphHead(2) + kGraphEnd;
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0);
+  const uint32_t mark = 8 + 18 + 18 + 12;
+  Load(RefRecord(0xFF, mark) + tables + tail + Entry(1, 2, 77) + Entry(2, 1, 78) + RefRecord(0xFE, 0));
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(RefRecord(0xFF, mark) + tables + tail + Entry(1, 2, 8) +
+                                                    Entry(2, 1, 78) + RefRecord(0xFE, 0) + kBufEnd));
+}
+
 TEST_F(CompactReferenceTest, WithoutAValidDirectoryNoEntryIsRenewed) {
   const Bytes rest = TableHead(1) + kTableEnd + RefRecord(0xDB, 0) + Entry(1, 1, 77) + RefRecord(0xFE, 0);
   Load(RefRecord(0xFF, 26) + rest);

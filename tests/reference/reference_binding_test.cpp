@@ -116,6 +116,23 @@ TEST_F(ReferenceBindingTest, WithoutFormatsTheFirstSheetMovesWithItsEntry) {
   EXPECT_EQ(BlockContents(again, 20), BlockContents(table_, 20));
 }
 
+TEST_F(ReferenceBindingTest, TheSheetBehindTheGlobalsMovesWhicheverEntryItHas) {
+  LoadPlain();
+  // The BOUNDSHEETs name the sheets in another order than the stream has them.
+  const uint32_t first = 20;
+  const uint32_t second = NextRecord(Stream(), first);
+  const uint32_t bof = U32At(Stream(), first + kBoundSheetBof);
+  PutU32(Stream(), first + kBoundSheetBof, U32At(Stream(), second + kBoundSheetBof));
+  PutU32(Stream(), second + kBoundSheetBof, bof);
+  ASSERT_EQ(XLLocateSheets(buffer_, &table_, size_), 0);
+  ASSERT_EQ(TableEntry(Table(), 3), bof);
+  ASSERT_EQ(Insert(7), 0);
+  EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 2), kLowBof));
+  EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 3), kLowBof));
+  EXPECT_EQ(U32At(Stream(), second + kBoundSheetBof), TableEntry(Table(), 3));
+  EXPECT_EQ(Stamps("7       "), 1u);
+}
+
 // Globals whose run of FORMAT records is followed by one record of `payload` bytes, and then the EOF.
 StreamBuilder ShortBehindFormats(uint32_t payload) {
   StreamBuilder stream;
@@ -128,7 +145,11 @@ TEST_F(ReferenceBindingTest, AShortRecordInFrontOfTheEofLeavesTheGlobalsTheirEnd
   for (uint32_t payload = 0; payload <= 5; ++payload) {
     MEMORYFREEALL();
     Load(ShortBehindFormats(payload));
+    const uint32_t plain = size_;
     ASSERT_EQ(Insert(7), 0);
+    if (payload >= 4) {  // there is room for the DETOUR
+      EXPECT_EQ(size_, plain + 36 + 4 + payload + 8) << payload;
+    }
     EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 2), kLowBof)) << payload;
     EXPECT_TRUE(IsPlain(Stream(), GlobalsEnd(Table()), kLowEof)) << payload;
     EXPECT_EQ(Stamps("7       "), 1u);
@@ -167,14 +188,19 @@ TEST_F(ReferenceBindingTest, AShortRecordInFrontOfTheEofIsSavedBehindTheStamp) {
   }
 }
 
-TEST_F(ReferenceBindingTest, AShortRecordInAWorkbookWithoutSheetsIsKept) {
-  Load(StreamBuilder().Bof(6).Record(kFormat, kCurrency).Record(0x0160, Bytes(2)).Eof());
-  ASSERT_EQ(Insert(7), 0);
-  StreamBuilder expected;
-  expected.Bof(6).Record(kFormat, kCurrency).Raw(Stamp("7       ")).Record(0x0160, Bytes(2)).Eof();
-  EXPECT_EQ(Hex(WalkedStream(buffer_)), Hex(expected.Stream()));
-  EXPECT_EQ(Insert(8), 0);
-  EXPECT_EQ(Stamps("8       "), 1u);
+TEST_F(ReferenceBindingTest, ARecordInFrontOfTheEofOfAWorkbookWithoutSheetsIsKept) {
+  for (uint32_t payload = 0; payload <= 5; ++payload) {
+    MEMORYFREEALL();
+    Load(StreamBuilder().Bof(6).Record(kFormat, kCurrency).Record(0x0160, Bytes(payload)).Eof());
+    ASSERT_EQ(Insert(7), 0);
+    StreamBuilder expected;
+    expected.Bof(6).Record(kFormat, kCurrency).Raw(Stamp("7       "));
+    expected.Record(0x0160, Bytes(payload)).Eof();
+    EXPECT_EQ(Hex(WalkedStream(buffer_)), Hex(expected.Stream())) << payload;
+    EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 2), kLowEof)) << payload;
+    EXPECT_EQ(Insert(8), 0);
+    EXPECT_EQ(Stamps("8       "), 1u) << payload;
+  }
 }
 
 TEST_F(ReferenceBindingTest, AFailedPatchKeepsTheStampAndItsDigitsAllocated) {

@@ -159,6 +159,25 @@ TEST_F(ReferenceDirectoryTest, AppendingAfterACompactionKeepsEveryObjectInReach)
   EXPECT_TRUE(Find(3, kKindTable).seen);
 }
 
+TEST_F(ReferenceDirectoryTest, ADisplacedObjectWhoseEntryWasWrongIsFoundAgain) {
+  LoadThree();
+  RepointRefEntry(buffer_, 2, kKindTable, 8);
+  RepointRefEntry(buffer_, 1, kKindGraph, 77777);
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // displaces the head of table 2
+  EXPECT_TRUE(IsChart(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 2, kKindTable)), kLowTableHead));
+  EXPECT_EQ(FindRefEntry(buffer_, 1, kKindGraph), 77777);
+  ASSERT_EQ(Put(2, kKindTable, Value(1, 1)), 0);  // that of the graph
+  EXPECT_TRUE(IsChart(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 1, kKindGraph)), kLowGraphHead));
+}
+
+TEST_F(ReferenceDirectoryTest, ADirectoryWithoutAnEndTakesNoObject) {
+  Load(RefRecord(0xFF, 8) + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Bytes{0xFF, 0xFE, 4, 0, 8, 0, 0, 0});
+  const Bytes before = BlockContents(buffer_, size_);
+  EXPECT_EQ(CreateTable(1), -998);
+  EXPECT_EQ(BlockContents(buffer_, size_), before);
+  EXPECT_EQ(FindRefEntry(buffer_, 1, kKindTable), -2);
+}
+
 TEST_F(ReferenceDirectoryTest, ADisplacedChartEditIsFoundAtItsNewPlace) {
   ASSERT_EQ(CreateTable(1), 0);
   ASSERT_EQ(Create(4, EditKindWord(2), EditHead(1, 4) + kEditEnd), 0);
@@ -179,6 +198,18 @@ TEST_F(ReferenceDirectoryTest, OfTwoChartEditsOfOneNameEachKeepsItsOwnEntry) {
   ASSERT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), 8);
   ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // displaces the second, of whose place no entry knows
   EXPECT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), 8);
+}
+
+TEST_F(ReferenceDirectoryTest, AnEntryThatLeadsToItsHeadByAJumpIsLeft) {
+  const Bytes edit = EditHead(0, 4) + kEditEnd;
+  const Bytes front = Bytes{0xFF, 0xFE, 4, 0, 118, 0, 0, 0} + TableHead(1) + kTableEnd + edit;
+  const Bytes directory = RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(3, 4, 8) + Entry(1, 1, 16) +
+                          Entry(3, 4, 9999) + RefRecord(0xFE, 0);
+  const Bytes behind = Bytes{0xF8, 0xFE, 0, 0} + edit + Bytes{0xFA, 0xFE, 4, 0, 16, 0, 0, 0};
+  Load(RefRecord(0xFF, 8 + 39) + front + directory + Bytes(118 - 8 - 39 - 60 - 4) + behind);
+  ASSERT_EQ(U32At(Stream(), 118), 0x000510FBu);
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // displaces the second head
+  EXPECT_EQ(FindRefEntry(buffer_, 4, kKindEdit), 8);
 }
 
 TEST_F(ReferenceDirectoryTest, ADisplacedChartEditThatIsListedTwiceMovesInItsOwnEntryAlone) {

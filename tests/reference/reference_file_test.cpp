@@ -132,6 +132,46 @@ TEST_F(ReferenceFileTest, TheCountRulesWhereTheWalkFoundOtherIds) {
   EXPECT_EQ(Listed(), Hex(Contents({1})));
 }
 
+TEST_F(ReferenceFileTest, RecordsThatAreNoIdsArePassedOver) {
+  const Bytes other = {0x12, 0x10, 4, 0, 3, 0, 0, 0};
+  Start(RefRecord(0xFF, 2) + other + RefRecord(0xFD, 1) + other + Bytes{0xFD, 0x00, 4, 0, 4, 0, 0, 0} +
+        RefRecord(0xFD, 2) + RefRecord(0xFE, 0) + RefRecord(0xFD, 3));
+  EXPECT_EQ(CreateOne(), 3);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 2, 3})));
+}
+
+TEST_F(ReferenceFileTest, DeletingFromNoListLeavesNoList) {
+  ASSERT_TRUE(AddStream(path_, "9       ", {7}));
+  EXPECT_EQ(Delete(9), 0);
+  EXPECT_EQ(Listed(), Hex(Contents({})));
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, OneFreeBlockIsEnoughForASave) {
+  Load(kNewStream);
+  ASSERT_EQ(CreateTable(1), 0);
+  while (LiveBlocks() < 8) ASSERT_NE(MEMORYALLOC(1), 0u);
+  EXPECT_EQ(Save(1), 0);
+  EXPECT_EQ(LiveBlocks(), 8u);
+}
+
+TEST_F(ReferenceFileTest, NoNameIsAFileThatCantBeOpened) {
+  EXPECT_EQ(XLDeleteReference(nullptr, 1), -3);
+  EXPECT_EQ(XLReadReference(nullptr, &buffer_, &size_, 1), 101);
+  Load(kNewStream);
+  EXPECT_EQ(XLSaveReference(nullptr, &buffer_, &size_, 1), 101);
+  EXPECT_EQ(BytesInUse(), 36u + 8u);
+}
+
+TEST_F(ReferenceFileTest, UntilASaveIsDoneTheLastFourBytesAreZero) {
+  // The last record takes the write offset back into bytes that were laid down.
+  const Bytes wide = Bytes{0xE5, 0x10, 0xFC, 0x7F} + Bytes(0x7FFC, 9);
+  Load(RefRecord(0xFF, 0) + wide + Bytes{0xE5, 0x10, 0x00, 0x80} + Bytes(0x8000, 7));
+  EXPECT_EQ(XLSaveReference(folder_.File("missing.ref").c_str(), &buffer_, &size_, 1), 101);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
+            Hex(RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0xFC, 0x7F, 0, 0, 0, 0}));
+}
+
 TEST_F(ReferenceFileTest, ACountThatNoPoolCanHoldIsRefusedWithTheImageHeld) {
   Start(Contents({1}, 0x7FFFFFFF));
   EXPECT_EQ(CreateOne(), -16);
