@@ -138,6 +138,31 @@ TEST_F(CompactReferenceTest, ABufferThatStillLacksItsBufEndIsCompactedAlike) {
   EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(expected + kBufEnd));
 }
 
+TEST_F(CompactReferenceTest, ABufferThatFillsItsSlotWithoutABufEndGetsOneInALargerSlot) {
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + RefRecord(0xFE, 0);
+  const Bytes stream =
+      RefRecord(0xFF, 8 + 220) + Bytes{0xE5, 0x10, 216, 0} + Bytes(216, 9) + tail + kTableEnd;
+  ASSERT_EQ(stream.size(), 256u);
+  buffer_ = MEMORYALLOC(256);
+  size_ = 256;
+  CopyIn(Stream(), 0, stream.data(), size_);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(size_, 260u);
+  EXPECT_EQ(MEMORYALLOCSIZE(buffer_), 512u);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(stream + kBufEnd));
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_F(CompactReferenceTest, ARecordThatTheSizeCutsIsCopiedWhole) {
+  const Bytes wide = Bytes{0xE5, 0x10, 100, 0} + Bytes(100, 9);
+  Load(RefRecord(0xFF, 0) + wide);
+  size_ = 12;
+  const uint32_t old = buffer_;
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_NE(buffer_, old);
+  EXPECT_EQ(size_, 8u + 104 + 4);
+}
+
 TEST_F(CompactReferenceTest, DestroyFStringReleasesWhatIsThere) {
   EXPECT_EQ(XLDestroyFString(nullptr), -1);
   uint32_t handle = MEMORYALLOC(8);

@@ -52,7 +52,7 @@ class ReferenceDamageTest : public ReferenceTest {
   }
 
   void Damage() {
-    MEMORYFREEALL();
+    MEMORYFREE(&buffer_);
     buffer_ = MEMORYALLOC(static_cast<int32_t>(sound_.size()));
     size_ = static_cast<uint32_t>(sound_.size());
     CopyIn(Stream(), 0, sound_.data(), size_);

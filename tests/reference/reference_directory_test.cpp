@@ -161,12 +161,12 @@ TEST_F(ReferenceDirectoryTest, AppendingAfterACompactionKeepsEveryObjectInReach)
 
 TEST_F(ReferenceDirectoryTest, ADisplacedObjectWhoseEntryWasWrongIsFoundAgain) {
   LoadThree();
+  RepointRefEntry(buffer_, 1, kKindGraph, static_cast<uint32_t>(FindRefEntry(buffer_, 2, kKindTable)));
   RepointRefEntry(buffer_, 2, kKindTable, 8);
-  RepointRefEntry(buffer_, 1, kKindGraph, 77777);
   ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // displaces the head of table 2
   EXPECT_TRUE(IsChart(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 2, kKindTable)), kLowTableHead));
-  EXPECT_EQ(FindRefEntry(buffer_, 1, kKindGraph), 77777);
-  ASSERT_EQ(Put(2, kKindTable, Value(1, 1)), 0);  // that of the graph
+  EXPECT_EQ(FindRefEntry(buffer_, 1, kKindGraph), FindRefEntry(buffer_, 2, kKindTable));  // it led there
+  ASSERT_EQ(Put(2, kKindTable, Value(1, 1)), 0);                                          // that of the graph
   EXPECT_TRUE(IsChart(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 1, kKindGraph)), kLowGraphHead));
 }
 
@@ -198,6 +198,15 @@ TEST_F(ReferenceDirectoryTest, OfTwoChartEditsOfOneNameEachKeepsItsOwnEntry) {
   ASSERT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), 8);
   ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // displaces the second, of whose place no entry knows
   EXPECT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), 8);
+}
+
+TEST_F(ReferenceDirectoryTest, ARetiredEntryIsNotToldOfADisplacedChartEdit) {
+  ASSERT_EQ(CreateTable(1), 0);
+  for (int i = 0; i < 2; ++i) ASSERT_EQ(Create(4, EditKindWord(1), EditHead(0, 4) + kEditEnd), 0);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  RetireRefEntry(buffer_, 4, EditKindWord(1));
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // the entry that is left is the one that is told
+  EXPECT_EQ(U32At(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 4, EditKindWord(1)))), 0x000510FBu);
 }
 
 TEST_F(ReferenceDirectoryTest, AnEntryThatLeadsToItsHeadByAJumpIsLeft) {
@@ -288,19 +297,21 @@ TEST_F(ReferenceDirectoryTest, CreationWithAFullPoolChangesNothing) {
   EXPECT_EQ(LiveBlocks(), 9u);
 }
 
-TEST_F(ReferenceDirectoryTest, CreationThatCantGrowTheBufferFreesIt) {
-  TakeAllSlotsBut({});
-  MEMORYFREEALL();
-  const uint32_t scratch = MEMORYALLOC(1);  // slot 1; the buffer goes to slot 9 of which nothing is above
-  for (int i = 0; i < 7; ++i) ASSERT_NE(MEMORYALLOC(1), 0u);
-  Load(kNewStream);
-  ASSERT_EQ(MEMORYISHANDLE(buffer_), 9);
-  uint32_t freed = scratch;
-  MEMORYFREE(&freed);
-  size_ = 105000000 - 4;  // there is no room for a patch in its slot
-  EXPECT_EQ(CreateTable(1), -4);
-  EXPECT_EQ(buffer_, 0u);
-  EXPECT_EQ(LiveBlocks(), 7u);
+TEST_F(ReferenceDirectoryTest, CreationThatCantGrowTheBufferFreesItAtEachOfItsPatches) {
+  // Room for no patch, for that of the entry, and for that and the mark's.
+  for (const uint32_t room : {27u, 28u, 28u + 23, 28u + 24, 28u + 24 + 33}) {
+    MEMORYFREEALL();
+    uint32_t freed =
+        MEMORYALLOC(1);  // slot 1, for the records; the buffer goes to slot 9, and nothing is above it
+    for (int i = 0; i < 7; ++i) ASSERT_NE(MEMORYALLOC(1), 0u);
+    Load(kNewStream);
+    ASSERT_EQ(MEMORYISHANDLE(buffer_), 9);
+    MEMORYFREE(&freed);
+    size_ = 105000000 - room;
+    EXPECT_EQ(CreateTable(1), -4) << room;
+    EXPECT_EQ(buffer_, 0u) << room;
+    EXPECT_EQ(LiveBlocks(), 7u) << room;
+  }
 }
 
 TEST_F(ReferenceDirectoryTest, EverySpoiltByteEndsEveryOperation) {
