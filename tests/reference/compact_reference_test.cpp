@@ -153,6 +153,24 @@ TEST_F(CompactReferenceTest, ABufferThatFillsItsSlotWithoutABufEndGetsOneInALarg
   EXPECT_EQ(LiveBlocks(), 1u);
 }
 
+TEST_F(CompactReferenceTest, ABufEndAtTheEndOfItsSlotEndsTheWalk) {
+  const Bytes stream = RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 236, 0} + Bytes(236, 9) + kTableEnd;
+  Load(stream);
+  ASSERT_EQ(MEMORYALLOCSIZE(buffer_), size_);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(stream + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, RecordsAreTakenBelowTheSizeLessOne) {
+  for (const uint32_t beyond : {0u, 1u, 2u}) {
+    MEMORYFREEALL();
+    Load(RefRecord(0xFF, 0) + kTableEnd + kGraphEnd);
+    size_ = 12 + beyond;  // the last record stands at 12
+    ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+    EXPECT_EQ(size_, 12u + (beyond == 2 ? 4 : 0) + 4) << beyond;
+  }
+}
+
 TEST_F(CompactReferenceTest, ARecordThatTheSizeCutsIsCopiedWhole) {
   const Bytes wide = Bytes{0xE5, 0x10, 100, 0} + Bytes(100, 9);
   Load(RefRecord(0xFF, 0) + wide);

@@ -1,7 +1,7 @@
 // The directory of a ReferenceBuffer: lookups, walks, creation, and records put into objects before and after compactions.
 #include "reference/reference_directory.h"
 
-#include <chrono>
+#include <ctime>
 
 #include "reference/reference_fixture.h"
 #include "support/made_record.h"
@@ -250,9 +250,9 @@ TEST_F(ReferenceDirectoryTest, ACompactionOfManyObjectsWalksTheDirectoryOnce) {
     stream.insert(stream.end(), entry.begin(), entry.end());
   }
   Load(stream + RefRecord(0xFE, 0));
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();
   ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));  // it takes some milliseconds
+  EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);  // it takes some milliseconds
   for (const uint16_t id : {uint16_t{1}, uint16_t{2}, uint16_t{30000}, kTables}) {
     EXPECT_EQ(FindRefEntry(buffer_, id, kKindTable), 8 + 18 * (id - 1)) << id;
   }
