@@ -289,6 +289,55 @@ TEST_F(ReferenceBindingTest, OnlyTheStartOfTheTextIsCompared) {
   EXPECT_EQ(U8At(Stream(), 16 + 4 + 27), '5');
 }
 
+TEST_F(ReferenceBindingTest, AFormatThatDiffersInOneOfTheThreeBytesIsNoStamp) {
+  const std::string path = folder_.File("book.xls");
+  for (const Bytes& start :
+       {Bytes{28, '"', 'D'}, Bytes{29, '\'', 'D'}, Bytes{29, '"', 'E'}, Bytes{29, '"', 'D'}}) {
+    MEMORYFREEALL();
+    StreamBuilder stream;
+    stream.Bof(6)
+        .Record(kFormat, Bytes{9, 9} + start + Bytes(18, ' ') + Text("77") + Bytes(7, ' '))
+        .Sheet("A")
+        .Eof();
+    Load(stream.Bof(6, kWorksheet).Eof());
+    const bool stamp = start == Bytes{29, '"', 'D'};
+    ASSERT_TRUE(WriteWorkbook(path, "Workbook", stream.Stream()));
+    EXPECT_EQ(XLGetReference(path.c_str()), stamp ? 77 : 0);
+    EXPECT_EQ(Unbind(), stamp ? 0 : -1);
+  }
+}
+
+TEST_F(ReferenceBindingTest, AnEmptyRangeHasNoStampAndTakesOneAtItsEnd) {
+  LoadFormats();
+  ASSERT_EQ(Insert(7), 0);
+  PutTableEntry(Table(), 2, 4);  // the end is the start
+  EXPECT_EQ(Unbind(), -1);
+  ASSERT_EQ(Insert(8), 0);
+  const Bytes walked = WalkedStream(buffer_);
+  EXPECT_EQ(Hex(Bytes(walked.begin(), walked.begin() + 36)), Hex(Stamp("8       ")));
+  EXPECT_EQ(Stamps("7       "), 1u);
+}
+
+TEST_F(ReferenceBindingTest, TheStampIsTheSameInAWorkbookOfBiff5) {
+  StreamBuilder stream;
+  stream.Bof(5).Record(kFormat, kCurrency).Eof();
+  Load(stream, kBiff5);
+  EXPECT_EQ(Insert(12345678), 0);
+  EXPECT_EQ(Stamps("12345678"), 1u);
+}
+
+TEST_F(ReferenceBindingTest, WhatAnEarlierTenantLeftBehindAFileIsNotRead) {
+  const std::string path = folder_.File("book.xls");
+  BiffVersion = 6;
+  const Bytes bof = StreamBuilder().Bof(6).Stream();
+  const Bytes left = bof + Stamp("7       ");
+  uint32_t tenant = MEMORYALLOC(static_cast<int32_t>(left.size()));
+  CopyIn(OpenBlock(tenant), 0, left.data(), static_cast<uint32_t>(left.size()));
+  MEMORYFREE(&tenant);
+  ASSERT_TRUE(WriteWorkbook(path, "Workbook", bof));
+  EXPECT_EQ(XLGetReference(path.c_str()), 0);
+}
+
 TEST_F(ReferenceBindingTest, ReadingTellsWhatIsMissing) {
   const std::string path = folder_.File("book.xls");
   BiffVersion = 6;

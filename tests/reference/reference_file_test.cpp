@@ -253,6 +253,31 @@ TEST_F(ReferenceFileTest, ASavedReferenceCanBeEditedAndSavedAgain) {
   }
 }
 
+TEST_F(ReferenceFileTest, ASaveLeavesNothingOfWhatWasDeleted) {
+  ASSERT_EQ(CreateOne(), 1);
+  ASSERT_EQ(Read(1), 0);
+  ASSERT_EQ(CreateTable(1), 0);
+  ASSERT_EQ(CreateGraph(1), 0);
+  const uint32_t head = NextRecord(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 1, kKindTable)));
+  MarkRecordSlack(Stream(), head);
+  MarkRecordSlack(Stream(), NextRecord(Stream(), head));
+  RetireRefEntry(buffer_, 1, kKindTable);
+  ASSERT_EQ(Save(1), 0);
+  EXPECT_EQ(Hex(ReadStream(path_, "1       ").value_or(Bytes{})),
+            Hex(RefRecord(0xFF, 20) + GraphHead(1) + kGraphEnd + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) +
+                Entry(2, 1, 8) + RefRecord(0xFE, 0)));
+}
+
+TEST_F(ReferenceFileTest, WhatAnEarlierTenantLeftBehindContentsIsNotRead) {
+  const Bytes left = Contents({1, 2, 3});
+  uint32_t tenant = MEMORYALLOC(static_cast<int32_t>(left.size()));
+  CopyIn(OpenBlock(tenant), 0, left.data(), static_cast<uint32_t>(left.size()));
+  MEMORYFREE(&tenant);
+  Start(RefRecord(0xFF, 1) + RefRecord(0xFD, 1));
+  EXPECT_EQ(CreateOne(), 2);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 2})));
+}
+
 TEST_F(ReferenceFileTest, ASaveUnderAnUnlistedIdMakesAStreamAlone) {
   Load(kNewStream);
   EXPECT_EQ(Save(7), 0);
