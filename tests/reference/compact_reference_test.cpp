@@ -120,6 +120,24 @@ TEST_F(CompactReferenceTest, ARingIsRefusedAndTheOldBufferStays) {
   EXPECT_EQ(LiveBlocks(), 1u);
 }
 
+TEST_F(CompactReferenceTest, AWalkThatLeavesTheBlockIsRefused) {
+  Load(RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0x00, 0x10});
+  size_ = 0x2000;
+  const uint32_t old = buffer_;
+  EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
+  EXPECT_EQ(buffer_, old);
+  EXPECT_EQ(size_, 0x2000u);
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_F(CompactReferenceTest, ALastRecordThatClaimsMoreThanThereIsIsRefused) {
+  Load(RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0x00, 0x10});
+  const Bytes before = BlockContents(buffer_, size_);
+  EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
+  EXPECT_EQ(BlockContents(buffer_, size_), before);
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
 TEST_F(CompactReferenceTest, AnEmptyBufferIsRefused) {
   Load({});
   EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
