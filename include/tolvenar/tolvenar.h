@@ -751,9 +751,10 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLSaveReference(const char* path, uint32_t* b
  * old buffer stays. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRefreshReference(uint32_t* buffer, uint32_t* size);
 
-/* Stamps a workbook with the id of a reference, in a hidden FORMAT record; a stamp that is there gets other digits. In a workbook
- * without FORMAT records the entry of the first sheet in the SheetTable changes. Result: 0; 4 no pool block or a failed patch,
- * the blocks of 8 and 36 bytes then held stay allocated; 6 no table; 7 no buffer; 200 the buffer is gone. */
+/* Stamps a workbook with the id of a reference, in a hidden FORMAT record; a stamp that is there gets other digits. Where the
+ * stamp displaces the first sheet's BOF, as in a workbook without FORMAT records, its entry in the SheetTable changes.
+ * Result: 0; 4 no pool block or a failed patch, the blocks of 8 and 36 bytes then held stay allocated; 6 no table; 7 no buffer; 200
+ * the buffer is gone. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLInsertReference(uint32_t* buffer, uint32_t table, uint32_t* size,
                                                      uint32_t id);
 

@@ -2,6 +2,7 @@
 #include "reference/compact_reference.h"
 
 #include "foundation/memory_pool.h"
+#include "reference/entry_index.h"
 #include "reference/reference_directory.h"
 
 namespace tolvenar {
@@ -12,6 +13,7 @@ struct Copy {
   uint32_t buffer = 0;  // the old buffer
   Block from;
   Block to;
+  EntryIndex entries;
   int32_t written = 0;
 };
 
@@ -37,9 +39,9 @@ void HandleRecord(Copy* copy, uint32_t at) {
     if (IsFollowedBy10DB(copy->buffer, at) == 0) return;
     PutU32(copy->to, kRefHeaderMark, written);
   } else if (IsChart(from, at, kLowTableHead)) {
-    RepointRefEntry(copy->buffer, U16At(from, at + kObjectId), kKindTable, written);
+    copy->entries.Repoint(U16At(from, at + kObjectId), kKindTable, written);
   } else if (IsChart(from, at, kLowGraphHead)) {
-    RepointRefEntry(copy->buffer, U16At(from, at + kObjectId), kKindGraph, written);
+    copy->entries.Repoint(U16At(from, at + kObjectId), kKindGraph, written);
   }
   KeepRecord(copy, at);
 }
@@ -68,7 +70,7 @@ int16_t CompactReference(uint32_t* buffer, uint32_t* size) {
   // A size of 2 GiB or more would be a negative one to the pool, which fits every slot.
   uint32_t block = *size > INT32_MAX ? 0 : MEMORYALLOC(static_cast<int32_t>(*size));
   if (block == 0) return kReferenceNoBlock;
-  Copy copy{*buffer, OpenBlock(*buffer), OpenBlock(block)};
+  Copy copy{*buffer, OpenBlock(*buffer), OpenBlock(block), EntryIndex(*buffer)};
   const bool copied = CopyRecords(&copy, *size == 0 ? 0 : *size - 1) && copy.written > 0;
   const int32_t cut_size = copy.written + static_cast<int32_t>(kBufEndSize);
   const uint32_t cut = copied ? MEMORYREALLOC(block, cut_size) : 0;

@@ -12,7 +12,7 @@
 //
 // Invariants: (1) DETOUR and RESUME are passed over by the search, so that a stamp is found behind the patch that put it there; a SLACK
 // ends the run. (2) A patch at the EOF of the globals displaces the first sheet's BOF, and the SheetTable is told its new place: the EOF
-// still stands 4 bytes in front of it.
+// still stands 4 bytes in front of it, also when a record of less than 8 bytes stands between the FORMAT run and it.
 #pragma once
 
 #include <cstdint>

@@ -77,7 +77,8 @@ int16_t StartObject(uint32_t buffer, uint16_t id, uint16_t kind_word, ObjectWalk
 void StepObject(ObjectWalk* object);
 
 // PatchRecord for reference streams: the same results and effects, and what pointed to a record that the patch displaced besides the one at
-// `at` points to its new place: the REFHEADER of a live mark, the REFENTRY of an object, chart edits included.
+// `at` points to its new place: the REFHEADER of a live mark, the REFENTRY of an object, chart edits included. A displaced head to which no
+// entry of its name led, as that of a chart edit after a compaction, is given to the first such entry.
 int16_t PatchReference(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t count, uint32_t* size);
 
 // Puts the record in the scratch block *record (`count` bytes) into an object: in the place of the one at `noted`, or, with kNoRecord, in

@@ -6,31 +6,52 @@ namespace tolvenar {
 
 namespace {
 
-// Points every entry that points to `from`, and the REFHEADER if it does, to `to`.
-void RepointOffset(uint32_t buffer, uint32_t from, uint32_t to) {
+// What an entry says of its object.
+struct HeadName {
+  uint16_t kind_word = 0;  // 0: no head
+  uint16_t id = 0;
+
+  bool operator==(const HeadName& other) const { return kind_word == other.kind_word && id == other.id; }
+};
+
+// What the entry of the object whose head stands at `at` says of it.
+HeadName HeadAt(const Block& block, uint32_t at) {
+  if (IsChart(block, at, kLowTableHead)) return {kKindTable, U16At(block, at + kObjectId)};
+  if (IsChart(block, at, kLowGraphHead)) return {kKindGraph, U16At(block, at + kObjectId)};
+  if (!IsChart(block, at, kLowEditHead)) return {};
+  const uint32_t number = U8At(block, at + kEditNumber);
+  return {static_cast<uint16_t>(number * kKindNumberUnit + kKindEdit), U16At(block, at + kEditId)};
+}
+
+// True when the first record at `at`, past the jumps, is a head of that name.
+bool LeadsToHead(const Block& block, uint32_t at, uint32_t size, const HeadName& name) {
+  Walk walk = StartWalk(block, at);
+  while (!walk.ended && IsJump(block, walk.at)) Step(&walk);
+  return !walk.ended && walk.at < size && HeadAt(block, walk.at) == name;
+}
+
+// Tells whoever pointed to the record at `from` that it has gone to `to`: the REFHEADER and every entry that has this offset. A head of
+// which no entry knew, as that of a chart edit after a compaction, is made known to the first entry of its name, unless that leads to
+// such a head already: two chart edits may have the same number and id, and a deleted one leaves its head behind.
+void FollowRecord(uint32_t buffer, uint32_t size, uint32_t from, uint32_t to) {
   const Block block = OpenBlock(buffer);
   if (U32At(block, kRefHeaderMark) == from) PutU32(block, kRefHeaderMark, to);
   uint32_t mark = 0;
   if (!FindDirectory(buffer, &mark)) return;
+  const HeadName head = HeadAt(block, to);
+  bool known = head.kind_word == 0;
+  uint32_t named = kNoRecord;  // the first entry of that name
   for (Walk walk = StartWalk(block, mark); !walk.ended && !IsChart(block, walk.at, kLowRefEnd); Step(&walk)) {
     if (!IsChart(block, walk.at, kLowRefEntry)) continue;
-    if (U32At(block, walk.at + kRefEntryOffset) == from) PutU32(block, walk.at + kRefEntryOffset, to);
+    const HeadName name = {U16At(block, walk.at + kRefEntryKindWord), U16At(block, walk.at + kRefEntryId)};
+    if (name == head && named == kNoRecord) named = walk.at;
+    if (U32At(block, walk.at + kRefEntryOffset) != from) continue;
+    PutU32(block, walk.at + kRefEntryOffset, to);
+    known = known || name == head;
   }
-}
-
-// Points the entry of the object whose head stands at `head` there. No head: nothing happens.
-void RepointHead(uint32_t buffer, uint32_t head) {
-  const Block block = OpenBlock(buffer);
-  if (IsPrivate(block, head, U8At(block, head))) return;  // a jump or SLACK, and no head
-  if (IsChart(block, head, kLowTableHead)) {
-    RepointRefEntry(buffer, U16At(block, head + kObjectId), kKindTable, head);
-  } else if (IsChart(block, head, kLowGraphHead)) {
-    RepointRefEntry(buffer, U16At(block, head + kObjectId), kKindGraph, head);
-  } else if (IsChart(block, head, kLowEditHead)) {
-    const uint32_t number = U8At(block, head + kEditNumber);
-    const uint16_t kind_word = static_cast<uint16_t>(number * kKindNumberUnit + kKindEdit);
-    RepointRefEntry(buffer, U16At(block, head + kEditId), kind_word, head);
-  }
+  if (known || named == kNoRecord) return;
+  if (LeadsToHead(block, U32At(block, named + kRefEntryOffset), size, head)) return;
+  PutU32(block, named + kRefEntryOffset, to);
 }
 
 // Writes a record of one u32 field.
@@ -91,8 +112,7 @@ int16_t PatchReference(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint
   if (result != kPatchDone || *size == size_before || first >= kJumpSize) return result;
   // The record behind it went along: patch, record, its successor.
   const uint32_t moved = U32At(OpenBlock(*buffer), at + kJumpTarget) + (count & 0xFFFFu) + first;
-  RepointOffset(*buffer, at + first, moved);
-  RepointHead(*buffer, moved);
+  FollowRecord(*buffer, *size, at + first, moved);
   return result;
 }
 

@@ -43,6 +43,45 @@ TEST_F(CompactReferenceTest, AChartEditsEntryKeepsItsOffset) {
   EXPECT_EQ(FindRefEntry(buffer_, 4, EditKindWord(1)), static_cast<int32_t>(mark));
 }
 
+TEST_F(CompactReferenceTest, OfTwoEntriesOfOneNameTheFirstIsRenewed) {
+  const Bytes table = TableHead(1) + kTableEnd;
+  Load(RefRecord(0xFF, 12 + 18) + Bytes{0xFD, 0xFE, 0, 0} + table + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) +
+       Entry(1, 1, 77) + Entry(1, 1, 78) + Entry(2, 1, 79) + RefRecord(0xFE, 0));
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
+            Hex(RefRecord(0xFF, 8 + 18) + table + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8) +
+                Entry(1, 1, 78) + Entry(2, 1, 79) + RefRecord(0xFE, 0) + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, AHeadThatIsNotListedRenewsNoOther) {
+  const Bytes tables = TableHead(2) + kTableEnd + TableHead(1) + kTableEnd + GraphHead(2) + kGraphEnd;
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0);
+  const uint32_t mark = 8 + 18 + 18 + 12;
+  Load(RefRecord(0xFF, mark) + tables + tail + Entry(1, 2, 77) + Entry(2, 1, 78) + RefRecord(0xFE, 0));
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(RefRecord(0xFF, mark) + tables + tail + Entry(1, 2, 8) +
+                                                    Entry(2, 1, 78) + RefRecord(0xFE, 0) + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, WithoutAValidDirectoryNoEntryIsRenewed) {
+  const Bytes rest = TableHead(1) + kTableEnd + RefRecord(0xDB, 0) + Entry(1, 1, 77) + RefRecord(0xFE, 0);
+  Load(RefRecord(0xFF, 26) + rest);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(RefRecord(0xFF, 26) + rest + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, ARecordOfANegativeLengthTakesTheWriteOffsetBack) {
+  Bytes long_one = Bytes{0xE5, 0x10, 0x00, 0x80} + Bytes(0x8000, 7);  // -32764 bytes
+  const Bytes front = RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0xFC, 0x7F} + Bytes(0x7FFC, 9);
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + RefRecord(0xFE, 0);
+  Load(front + long_one + tail);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  const uint32_t at = 8 + 0x8000 - (0x8000 - 4);
+  EXPECT_EQ(size_, at + 24 + 4);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
+            Hex(RefRecord(0xFF, at) + Bytes{0xE5, 0x10, 0xFC, 0x7F} + tail + kBufEnd));
+}
+
 TEST_F(CompactReferenceTest, RetiredRecordsGo) {
   Load(kNewStream);
   ASSERT_EQ(CreateTable(1), 0);
@@ -81,6 +120,24 @@ TEST_F(CompactReferenceTest, ARingIsRefusedAndTheOldBufferStays) {
   EXPECT_EQ(LiveBlocks(), 1u);
 }
 
+TEST_F(CompactReferenceTest, AWalkThatLeavesTheBlockIsRefused) {
+  Load(RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0x00, 0x10});
+  size_ = 0x2000;
+  const uint32_t old = buffer_;
+  EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
+  EXPECT_EQ(buffer_, old);
+  EXPECT_EQ(size_, 0x2000u);
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_F(CompactReferenceTest, ALastRecordThatClaimsMoreThanThereIsIsRefused) {
+  Load(RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0x00, 0x10});
+  const Bytes before = BlockContents(buffer_, size_);
+  EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
+  EXPECT_EQ(BlockContents(buffer_, size_), before);
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
 TEST_F(CompactReferenceTest, AnEmptyBufferIsRefused) {
   Load({});
   EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
@@ -97,6 +154,49 @@ TEST_F(CompactReferenceTest, ABufferThatStillLacksItsBufEndIsCompactedAlike) {
   const Bytes expected = RefRecord(0xFF, 26) + TableHead(1) + kTableEnd + RefRecord(0xDA, 0) +
                          RefRecord(0xDB, 0) + Entry(1, 1, 8) + RefRecord(0xFE, 0);
   EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(expected + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, ABufferThatFillsItsSlotWithoutABufEndGetsOneInALargerSlot) {
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + RefRecord(0xFE, 0);
+  const Bytes stream =
+      RefRecord(0xFF, 8 + 220) + Bytes{0xE5, 0x10, 216, 0} + Bytes(216, 9) + tail + kTableEnd;
+  ASSERT_EQ(stream.size(), 256u);
+  buffer_ = MEMORYALLOC(256);
+  size_ = 256;
+  CopyIn(Stream(), 0, stream.data(), size_);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(size_, 260u);
+  EXPECT_EQ(MEMORYALLOCSIZE(buffer_), 512u);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(stream + kBufEnd));
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_F(CompactReferenceTest, ABufEndAtTheEndOfItsSlotEndsTheWalk) {
+  const Bytes stream = RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 236, 0} + Bytes(236, 9) + kTableEnd;
+  Load(stream);
+  ASSERT_EQ(MEMORYALLOCSIZE(buffer_), size_);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(stream + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, RecordsAreTakenBelowTheSizeLessOne) {
+  for (const uint32_t beyond : {0u, 1u, 2u}) {
+    MEMORYFREEALL();
+    Load(RefRecord(0xFF, 0) + kTableEnd + kGraphEnd);
+    size_ = 12 + beyond;  // the last record stands at 12
+    ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+    EXPECT_EQ(size_, 12u + (beyond == 2 ? 4 : 0) + 4) << beyond;
+  }
+}
+
+TEST_F(CompactReferenceTest, ARecordThatTheSizeCutsIsCopiedWhole) {
+  const Bytes wide = Bytes{0xE5, 0x10, 100, 0} + Bytes(100, 9);
+  Load(RefRecord(0xFF, 0) + wide);
+  size_ = 12;
+  const uint32_t old = buffer_;
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_NE(buffer_, old);
+  EXPECT_EQ(size_, 8u + 104 + 4);
 }
 
 TEST_F(CompactReferenceTest, DestroyFStringReleasesWhatIsThere) {

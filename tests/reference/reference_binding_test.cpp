@@ -116,6 +116,114 @@ TEST_F(ReferenceBindingTest, WithoutFormatsTheFirstSheetMovesWithItsEntry) {
   EXPECT_EQ(BlockContents(again, 20), BlockContents(table_, 20));
 }
 
+TEST_F(ReferenceBindingTest, TheSheetBehindTheGlobalsMovesWhicheverEntryItHas) {
+  LoadPlain();
+  // The BOUNDSHEETs name the sheets in another order than the stream has them.
+  const uint32_t first = 20;
+  const uint32_t second = NextRecord(Stream(), first);
+  const uint32_t bof = U32At(Stream(), first + kBoundSheetBof);
+  PutU32(Stream(), first + kBoundSheetBof, U32At(Stream(), second + kBoundSheetBof));
+  PutU32(Stream(), second + kBoundSheetBof, bof);
+  ASSERT_EQ(XLLocateSheets(buffer_, &table_, size_), 0);
+  ASSERT_EQ(TableEntry(Table(), 3), bof);
+  ASSERT_EQ(Insert(7), 0);
+  EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 2), kLowBof));
+  EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 3), kLowBof));
+  EXPECT_EQ(U32At(Stream(), second + kBoundSheetBof), TableEntry(Table(), 3));
+  EXPECT_EQ(Stamps("7       "), 1u);
+}
+
+// Globals whose run of FORMAT records is followed by one record of `payload` bytes, and then the EOF.
+StreamBuilder ShortBehindFormats(uint32_t payload) {
+  StreamBuilder stream;
+  stream.Bof(6).Sheet("One").Sheet("Two").Record(kFormat, kCurrency).Record(0x0160, Bytes(payload)).Eof();
+  stream.Bof(6, kWorksheet).Number(0, 0, 15, 1.5).Eof().Bof(6, kWorksheet).Number(0, 0, 15, 2.5).Eof();
+  return stream;
+}
+
+TEST_F(ReferenceBindingTest, AShortRecordInFrontOfTheEofLeavesTheGlobalsTheirEnd) {
+  for (uint32_t payload = 0; payload <= 5; ++payload) {
+    MEMORYFREEALL();
+    Load(ShortBehindFormats(payload));
+    const uint32_t plain = size_;
+    ASSERT_EQ(Insert(7), 0);
+    if (payload >= 4) {  // there is room for the DETOUR
+      EXPECT_EQ(size_, plain + 36 + 4 + payload + 8) << payload;
+    }
+    EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 2), kLowBof)) << payload;
+    EXPECT_TRUE(IsPlain(Stream(), GlobalsEnd(Table()), kLowEof)) << payload;
+    EXPECT_EQ(Stamps("7       "), 1u);
+    const uint32_t size = size_;
+    EXPECT_EQ(Insert(12), 0);
+    EXPECT_EQ(Stamps("12      "), 1u);
+    EXPECT_EQ(Unbind(), 0);
+    EXPECT_EQ(Unbind(), -1);
+    EXPECT_EQ(Insert(8), 0);
+    EXPECT_EQ(size_, size);
+    uint32_t again = 0;
+    ASSERT_EQ(XLLocateSheets(buffer_, &again, size_), 0);
+    EXPECT_EQ(BlockContents(again, 20), BlockContents(table_, 20)) << payload;
+  }
+}
+
+TEST_F(ReferenceBindingTest, AShortRecordInFrontOfTheEofIsSavedBehindTheStamp) {
+  const std::string path = folder_.File("book.xls");
+  for (uint32_t payload = 0; payload <= 5; ++payload) {
+    MEMORYFREEALL();
+    Load(ShortBehindFormats(payload));
+    const Bytes plain = ShortBehindFormats(payload).Stream();
+    const uint32_t bof = TableEntry(Table(), 2);
+    ASSERT_TRUE(WriteWorkbook(path, "Workbook", {1}));
+    ASSERT_EQ(Insert(7), 0);
+    ASSERT_EQ(XLSaveFile(path.c_str(), &buffer_, &table_, &size_), 0);
+    EXPECT_EQ(XLGetReference(path.c_str()), 7);
+    const Bytes saved = ReadStream(path, "Workbook").value_or(Bytes{});
+    ASSERT_EQ(saved.size(), plain.size() + 36);
+    EXPECT_EQ(Bytes(saved.begin() + bof + 36, saved.end()), Bytes(plain.begin() + bof, plain.end()));
+    ASSERT_EQ(XLLocateSheets(buffer_, &table_, size_), 0);
+    EXPECT_EQ(TableEntry(Table(), 2), bof + 36);
+    ASSERT_EQ(Unbind(), 0);
+    ASSERT_EQ(XLSaveFile(path.c_str(), &buffer_, &table_, &size_), 0);
+    EXPECT_EQ(ReadStream(path, "Workbook"), plain);
+  }
+}
+
+TEST_F(ReferenceBindingTest, ARecordInFrontOfTheEofOfAWorkbookWithoutSheetsIsKept) {
+  for (uint32_t payload = 0; payload <= 5; ++payload) {
+    MEMORYFREEALL();
+    Load(StreamBuilder().Bof(6).Record(kFormat, kCurrency).Record(0x0160, Bytes(payload)).Eof());
+    ASSERT_EQ(Insert(7), 0);
+    StreamBuilder expected;
+    expected.Bof(6).Record(kFormat, kCurrency).Raw(Stamp("7       "));
+    expected.Record(0x0160, Bytes(payload)).Eof();
+    EXPECT_EQ(Hex(WalkedStream(buffer_)), Hex(expected.Stream())) << payload;
+    EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), 2), kLowEof)) << payload;
+    EXPECT_EQ(Insert(8), 0);
+    EXPECT_EQ(Stamps("8       "), 1u) << payload;
+  }
+}
+
+TEST_F(ReferenceBindingTest, AFailedPatchKeepsTheStampAndItsDigitsAllocated) {
+  uint32_t low[2] = {MEMORYALLOC(1), MEMORYALLOC(1)};
+  for (int slot = 3; slot <= 8; ++slot) ASSERT_NE(MEMORYALLOC(1), 0u);
+  buffer_ = WithFormats().Load(&size_);
+  ASSERT_EQ(MEMORYISHANDLE(buffer_), 9);
+  MEMORYFREE(&low[0]);
+  MEMORYFREE(&low[1]);
+  table_ = MEMORYALLOC(12);  // slot 1; the digits take slot 2, and the stamp finds none
+  EXPECT_EQ(Insert(7), 4);
+  EXPECT_NE(buffer_, 0u);
+  MEMORYFREEALL();
+  buffer_ = WithFormats().Load(&size_);
+  table_ = MEMORYALLOC(12);
+  PutTableEntry(Table(), 2, size_);
+  size_ = 300000000;  // no slot is so large
+  EXPECT_EQ(Insert(7), 4);
+  EXPECT_EQ(buffer_, 0u);
+  EXPECT_EQ(LiveBlocks(), 3u);  // the table, the digits, the stamp
+  EXPECT_EQ(BytesInUse(), 12u + 8u + 36u);
+}
+
 TEST_F(ReferenceBindingTest, ASavedStampIsReadBackAndTheSheetsAreWhole) {
   const std::string path = folder_.File("book.xls");
   for (const bool formats : {true, false}) {
@@ -150,6 +258,8 @@ TEST_F(ReferenceBindingTest, RefusesWhatIsNotThere) {
   LoadFormats();
   uint32_t none = 0;
   EXPECT_EQ(XLInsertReference(&buffer_, 0, &size_, 1), 6);
+  EXPECT_EQ(XLInsertReference(&none, 0, &size_, 1), 6);  // the table comes first
+  EXPECT_EQ(XLUnbindReference(0, 0), 6);
   EXPECT_EQ(XLInsertReference(&none, table_, &size_, 1), 7);
   EXPECT_EQ(XLInsertReference(nullptr, table_, &size_, 1), 7);
   EXPECT_EQ(XLUnbindReference(buffer_, 0), 6);
@@ -177,6 +287,55 @@ TEST_F(ReferenceBindingTest, OnlyTheStartOfTheTextIsCompared) {
   EXPECT_EQ(Insert(5), 0);
   EXPECT_EQ(size_, size);
   EXPECT_EQ(U8At(Stream(), 16 + 4 + 27), '5');
+}
+
+TEST_F(ReferenceBindingTest, AFormatThatDiffersInOneOfTheThreeBytesIsNoStamp) {
+  const std::string path = folder_.File("book.xls");
+  for (const Bytes& start :
+       {Bytes{28, '"', 'D'}, Bytes{29, '\'', 'D'}, Bytes{29, '"', 'E'}, Bytes{29, '"', 'D'}}) {
+    MEMORYFREEALL();
+    StreamBuilder stream;
+    stream.Bof(6)
+        .Record(kFormat, Bytes{9, 9} + start + Bytes(18, ' ') + Text("77") + Bytes(7, ' '))
+        .Sheet("A")
+        .Eof();
+    Load(stream.Bof(6, kWorksheet).Eof());
+    const bool stamp = start == Bytes{29, '"', 'D'};
+    ASSERT_TRUE(WriteWorkbook(path, "Workbook", stream.Stream()));
+    EXPECT_EQ(XLGetReference(path.c_str()), stamp ? 77 : 0);
+    EXPECT_EQ(Unbind(), stamp ? 0 : -1);
+  }
+}
+
+TEST_F(ReferenceBindingTest, AnEmptyRangeHasNoStampAndTakesOneAtItsEnd) {
+  LoadFormats();
+  ASSERT_EQ(Insert(7), 0);
+  PutTableEntry(Table(), 2, 4);  // the end is the start
+  EXPECT_EQ(Unbind(), -1);
+  ASSERT_EQ(Insert(8), 0);
+  const Bytes walked = WalkedStream(buffer_);
+  EXPECT_EQ(Hex(Bytes(walked.begin(), walked.begin() + 36)), Hex(Stamp("8       ")));
+  EXPECT_EQ(Stamps("7       "), 1u);
+}
+
+TEST_F(ReferenceBindingTest, TheStampIsTheSameInAWorkbookOfBiff5) {
+  StreamBuilder stream;
+  stream.Bof(5).Record(kFormat, kCurrency).Eof();
+  Load(stream, kBiff5);
+  EXPECT_EQ(Insert(12345678), 0);
+  EXPECT_EQ(Stamps("12345678"), 1u);
+}
+
+TEST_F(ReferenceBindingTest, WhatAnEarlierTenantLeftBehindAFileIsNotRead) {
+  const std::string path = folder_.File("book.xls");
+  BiffVersion = 6;
+  const Bytes bof = StreamBuilder().Bof(6).Stream();
+  const Bytes left = bof + Stamp("7       ");
+  uint32_t tenant = MEMORYALLOC(static_cast<int32_t>(left.size()));
+  CopyIn(OpenBlock(tenant), 0, left.data(), static_cast<uint32_t>(left.size()));
+  MEMORYFREE(&tenant);
+  ASSERT_TRUE(WriteWorkbook(path, "Workbook", bof));
+  EXPECT_EQ(XLGetReference(path.c_str()), 0);
 }
 
 TEST_F(ReferenceBindingTest, ReadingTellsWhatIsMissing) {

@@ -132,6 +132,46 @@ TEST_F(ReferenceFileTest, TheCountRulesWhereTheWalkFoundOtherIds) {
   EXPECT_EQ(Listed(), Hex(Contents({1})));
 }
 
+TEST_F(ReferenceFileTest, RecordsThatAreNoIdsArePassedOver) {
+  const Bytes other = {0x12, 0x10, 4, 0, 3, 0, 0, 0};
+  Start(RefRecord(0xFF, 2) + other + RefRecord(0xFD, 1) + other + Bytes{0xFD, 0x00, 4, 0, 4, 0, 0, 0} +
+        RefRecord(0xFD, 2) + RefRecord(0xFE, 0) + RefRecord(0xFD, 3));
+  EXPECT_EQ(CreateOne(), 3);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 2, 3})));
+}
+
+TEST_F(ReferenceFileTest, DeletingFromNoListLeavesNoList) {
+  ASSERT_TRUE(AddStream(path_, "9       ", {7}));
+  EXPECT_EQ(Delete(9), 0);
+  EXPECT_EQ(Listed(), Hex(Contents({})));
+  EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, OneFreeBlockIsEnoughForASave) {
+  Load(kNewStream);
+  ASSERT_EQ(CreateTable(1), 0);
+  while (LiveBlocks() < 8) ASSERT_NE(MEMORYALLOC(1), 0u);
+  EXPECT_EQ(Save(1), 0);
+  EXPECT_EQ(LiveBlocks(), 8u);
+}
+
+TEST_F(ReferenceFileTest, NoNameIsAFileThatCantBeOpened) {
+  EXPECT_EQ(XLDeleteReference(nullptr, 1), -3);
+  EXPECT_EQ(XLReadReference(nullptr, &buffer_, &size_, 1), 101);
+  Load(kNewStream);
+  EXPECT_EQ(XLSaveReference(nullptr, &buffer_, &size_, 1), 101);
+  EXPECT_EQ(BytesInUse(), 36u + 8u);
+}
+
+TEST_F(ReferenceFileTest, UntilASaveIsDoneTheLastFourBytesAreZero) {
+  // The last record takes the write offset back into bytes that were laid down.
+  const Bytes wide = Bytes{0xE5, 0x10, 0xFC, 0x7F} + Bytes(0x7FFC, 9);
+  Load(RefRecord(0xFF, 0) + wide + Bytes{0xE5, 0x10, 0x00, 0x80} + Bytes(0x8000, 7));
+  EXPECT_EQ(XLSaveReference(folder_.File("missing.ref").c_str(), &buffer_, &size_, 1), 101);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
+            Hex(RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 0xFC, 0x7F, 0, 0, 0, 0}));
+}
+
 TEST_F(ReferenceFileTest, ACountThatNoPoolCanHoldIsRefusedWithTheImageHeld) {
   Start(Contents({1}, 0x7FFFFFFF));
   EXPECT_EQ(CreateOne(), -16);
@@ -211,6 +251,31 @@ TEST_F(ReferenceFileTest, ASavedReferenceCanBeEditedAndSavedAgain) {
     EXPECT_EQ(Find(1, kKindTable).values, round);
     EXPECT_EQ(Find(1, kKindGraph).values, round);
   }
+}
+
+TEST_F(ReferenceFileTest, ASaveLeavesNothingOfWhatWasDeleted) {
+  ASSERT_EQ(CreateOne(), 1);
+  ASSERT_EQ(Read(1), 0);
+  ASSERT_EQ(CreateTable(1), 0);
+  ASSERT_EQ(CreateGraph(1), 0);
+  const uint32_t head = NextRecord(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 1, kKindTable)));
+  MarkRecordSlack(Stream(), head);
+  MarkRecordSlack(Stream(), NextRecord(Stream(), head));
+  RetireRefEntry(buffer_, 1, kKindTable);
+  ASSERT_EQ(Save(1), 0);
+  EXPECT_EQ(Hex(ReadStream(path_, "1       ").value_or(Bytes{})),
+            Hex(RefRecord(0xFF, 20) + GraphHead(1) + kGraphEnd + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) +
+                Entry(2, 1, 8) + RefRecord(0xFE, 0)));
+}
+
+TEST_F(ReferenceFileTest, WhatAnEarlierTenantLeftBehindContentsIsNotRead) {
+  const Bytes left = Contents({1, 2, 3});
+  uint32_t tenant = MEMORYALLOC(static_cast<int32_t>(left.size()));
+  CopyIn(OpenBlock(tenant), 0, left.data(), static_cast<uint32_t>(left.size()));
+  MEMORYFREE(&tenant);
+  Start(RefRecord(0xFF, 1) + RefRecord(0xFD, 1));
+  EXPECT_EQ(CreateOne(), 2);
+  EXPECT_EQ(Listed(), Hex(Contents({1, 2})));
 }
 
 TEST_F(ReferenceFileTest, ASaveUnderAnUnlistedIdMakesAStreamAlone) {

@@ -40,8 +40,8 @@ struct Disk {
   void FailCall(int k) { Arm(k, "", false); }
   // Fails the next call of that name.
   void FailNext(const std::string& call) { Arm(0, call, false); }
-  // Has the next call of that name move one byte less than was asked, without a failure.
-  void ShortenNext(const std::string& call) { Arm(0, call, true); }
+  // Has the next call of that name, after `k` others of it, move one byte less than was asked, without a failure.
+  void ShortenNext(const std::string& call, int k = 0) { Arm(k, call, true); }
 
   // Used by the storage functions: notes a call, and tells whether it is to fail or to be short.
   enum class Fate { kServe, kFail, kShort };
