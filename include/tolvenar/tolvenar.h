@@ -647,10 +647,8 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLFormatString(uint32_t block, BSTR* text);
  * Each function gives the index of an item with the given attributes, as records name it, and adds one when the workbook has none. The
  * SheetTable stays good. All records are compared and made by BIFF5's layout, in BIFF8 too.
  *
- * A new item goes behind the last of its kind, in front of the record that follows there. In a workbook without any of the kind, or one
- * whose globals end with them, that record is the globals' EOF, and the BOF of the first sheet is displaced along with it: that sheet
- * can't be read any more, nor saved. Most at risk is XLGetFormat, since a workbook may have built-in formats alone: it has when
- * XLGetNumFormatItems of kind 2 gives 17 in BIFF5, 36 in BIFF8.
+ * A new item goes behind the last of its kind, in front of the record that follows there. Where that is the EOF of the globals, as in a
+ * workbook that has none of the kind, the first sheet's BOF moves with it, and its entry in the SheetTable with both.
  *
  * Result: the index; or
  *    -1  null text; XLGetFormat: also a null table or buffer

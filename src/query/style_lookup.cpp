@@ -8,6 +8,7 @@
 #include "foundation/memory_pool.h"
 #include "query/extent_walk.h"
 #include "query/format_catalogue.h"
+#include "workbook/globals_patch.h"
 #include "workbook/record_pen.h"
 
 namespace tolvenar {
@@ -83,7 +84,7 @@ Search FindItem(const Book& book, int16_t kind, Matches matches) {
 int16_t AddItem(const Book& book, uint32_t record, uint32_t total, uint32_t at, int32_t index) {
   // PatchRecord takes a count in signed 16 bits: of a larger one it would lay down the beginning of a record.
   if (total > INT16_MAX) return kLookupPatchFailed;
-  if (PatchRecord(book.buffer, BlockBytes(record), at, total, book.size) != kPatchDone)
+  if (PatchGlobals(book.buffer, book.table, book.size, BlockBytes(record), at, total) != kPatchDone)
     return kLookupPatchFailed;
   MEMORYFREE(&record);
   return static_cast<int16_t>(index);

@@ -11,15 +11,12 @@
 // The walk goes over the globals with the index of the item last met, from -1 on. It ends at the first record
 // behind the run: of another kind, not private, with an item before it. There a new record goes, and items
 // behind that are not seen. Where the globals end with the run, or have none, the new record goes in front of
-// their EOF: the next walk ends before it, and does not see it. The EOF is too short for a DETOUR, so that the
-// BOF of the first sheet moves into the patch with it: that sheet can't be read by the SheetTable any more, and
-// a save or refresh does not find it. A host that meets such globals, as those without a FORMAT are to
-// XLGetFormat, does well to add nothing (XLGetNumFormatItems tells).
+// their EOF, and the BOF of the first sheet moves with the EOF: its entry in the SheetTable is led to the new place
+// (globals_patch.h). So the sheet stays readable, and the next walk sees the new record.
 //
 // Invariants: (1) A found item changes nothing. (2) A lookup that fails creates nothing, but the record that
 // could not be patched in stays live at -4, and when the buffer could not grow it is released and *buffer is
-// 0. (3) The SheetTable is not touched; it stays good, but for the first sheet where the globals end with the
-// run. (4) A null `buffer` counts as a variable holding 0, a null `size` as no buffer. (5) A name or text too long
+// 0. (3) The SheetTable stays good, and is not touched but for a BOF that moves. (4) A null `buffer` counts as a variable holding 0, a null `size` as no buffer. (5) A name or text too long
 // for a record whose size is a positive 16-bit value can't be patched in: that gives -4, and the buffer stays.
 #pragma once
 

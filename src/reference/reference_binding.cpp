@@ -8,6 +8,7 @@
 #include "reference/reference_name.h"
 #include "workbook/biff_version.h"
 #include "workbook/buffer_end.h"
+#include "workbook/globals_patch.h"
 #include "workbook/record_pen.h"
 #include "workbook/sheet_table.h"
 #include "workbook/stm_file.h"
@@ -89,49 +90,6 @@ uint32_t BuildStamp(uint32_t text) {
   return pen.block;
 }
 
-// Tells the table, and the BOUNDSHEETs, where a sheet's BOF or the closing EOF has gone.
-void MoveSheet(uint32_t buffer, uint32_t table, uint32_t from, uint32_t to) {
-  const Block entries = OpenBlock(table);
-  const uint32_t count = static_cast<uint32_t>(std::max<int32_t>(TableCount(entries), 0));
-  for (uint32_t entry = kTableFirstSheet; entry <= count + kTableFirstSheet; ++entry) {
-    if (TableEntry(entries, entry) == from) PutTableEntry(entries, entry, to);
-  }
-  const Block block = OpenBlock(buffer);
-  Walk walk = StartWalk(block, TableEntry(entries, kTableGlobalsBegin));
-  for (; !walk.ended && !IsPlain(block, walk.at, kLowEof); Step(&walk)) {
-    if (!IsPlain(block, walk.at, kLowBoundSheet)) continue;
-    if (U32At(block, walk.at + kBoundSheetBof) == from) PutU32(block, walk.at + kBoundSheetBof, to);
-  }
-}
-
-// Patches a record in at `at`. The sheets' offsets that it displaces move along in the table.
-int16_t PatchGlobals(uint32_t* buffer, uint32_t table, uint32_t* size, const uint8_t* record, uint32_t count,
-                     uint32_t at) {
-  const uint32_t first = kHeaderSize + LengthAt(OpenBlock(*buffer), at);
-  const uint32_t size_before = *size;
-  if (PatchRecord(buffer, record, at, count, size) != kPatchDone) return kNotStamped;
-  if (*buffer == 0) return kBufferGone;
-  if (*size == size_before) return kDone;  // it had room in a SLACK
-  const uint32_t moved = U32At(OpenBlock(*buffer), at + kJumpTarget) + count;
-  MoveSheet(*buffer, table, at, moved);
-  if (first < kJumpSize) MoveSheet(*buffer, table, at + first, moved + first);
-  return kDone;
-}
-
-// Puts the stamp in front of the record at `at`. When that is shorter than a DETOUR and the EOF of the globals stands behind it, the patch
-// would displace the EOF and leave the first sheet's BOF where it is, and the EOF would no longer stand 4 bytes in front of it. So an empty
-// SLACK is patched in at the EOF first: EOF and BOF move together, and what stands behind the short record is the DETOUR to them.
-int16_t PatchStamp(uint32_t* buffer, uint32_t table, uint32_t* size, uint32_t stamp, uint32_t at) {
-  const uint32_t first = kHeaderSize + LengthAt(OpenBlock(*buffer), at);
-  const uint32_t eof = at + first;
-  if (first < kJumpSize && IsPlain(OpenBlock(*buffer), eof, kLowEof)) {
-    constexpr uint8_t kEmptySlack[kHeaderSize] = {kLowSlack, kPrivateHigh, 0, 0};
-    const int16_t moved = PatchGlobals(buffer, table, size, kEmptySlack, sizeof kEmptySlack, eof);
-    if (moved != kDone) return moved;
-  }
-  return PatchGlobals(buffer, table, size, BlockBytes(stamp), kStampSize, at);
-}
-
 // The result of an insertion into a buffer and a table that are there. `text` is released but at 4 and 200.
 int16_t InsertStamp(uint32_t* buffer, uint32_t table, uint32_t* size, uint32_t text) {
   const StampSearch search = FindStamp(*buffer, table);
@@ -140,8 +98,9 @@ int16_t InsertStamp(uint32_t* buffer, uint32_t table, uint32_t* size, uint32_t t
   } else {
     uint32_t stamp = BuildStamp(text);
     if (stamp == 0) return kNotStamped;
-    const int16_t patched = PatchStamp(buffer, table, size, stamp, search.at);
-    if (patched != kDone) return patched;
+    if (PatchGlobals(buffer, table, size, BlockBytes(stamp), search.at, kStampSize) != kPatchDone)
+      return kNotStamped;
+    if (*buffer == 0) return kBufferGone;
     MEMORYFREE(&stamp);
   }
   MEMORYFREE(&text);

@@ -1,5 +1,7 @@
 // Style lookup: what is found, what is added and where, and what is left when it fails.
 #include "query/style_lookup.h"
+#include "query/format_catalogue.h"
+#include "workbook/refresh.h"
 
 #include <functional>
 
@@ -143,13 +145,12 @@ TEST_F(StyleLookup, Font_AddedToFewerThanFour_GivesOneTooMany_AndThenTheTrueInde
   EXPECT_EQ(Font("B"), 1);
 }
 
-// The walk of a lookup ends where the patch begins, so that the second one does not see the first.
-TEST_F(StyleLookup, Font_IntoGlobalsWithoutOne_StandsBeforeTheirEnd_AndIsNotSeen) {
+TEST_F(StyleLookup, Font_IntoGlobalsWithoutOne_StandsBeforeTheirEnd_AndIsFoundAgain) {
   LoadBook(Fonts({}));
   EXPECT_EQ(Font("B"), 1);
-  EXPECT_EQ(Font("B"), 1);
+  EXPECT_EQ(Font("B"), 0);
   StreamBuilder wanted = StreamBuilder().Bof(5).Sheet("Data");
-  wanted.Record(0x0031, FontPayload("B")).Record(0x0031, FontPayload("B")).Eof();
+  wanted.Record(0x0031, FontPayload("B")).Eof();
   wanted.Bof(5, kWorksheet).Dimensions(0, 4, 0, 4).Eof();
   EXPECT_EQ(Hex(WithoutSheet(WalkedStream(buffer_))), Hex(WithoutSheet(wanted.Stream())));
 }
@@ -442,15 +443,38 @@ TEST_F(StyleLookup, SecondLookup_AddsNothing_InBothGenerations) {
 }
 
 // The EOF of the globals is shorter than a DETOUR, and takes the BOF behind it along.
-TEST_F(StyleLookup, RecordBeforeTheEndOfTheGlobals_DisplacesTheFirstSheet) {
-  StreamBuilder stream = StreamBuilder().Bof(5).Record(0x0031, FontPayload("A"));
-  LoadBook(stream);
-  const Bytes table = BlockContents(table_, MEMORYSIZE(table_));
-  const uint32_t eof = TableEntry(Table(), kTableFirstSheet) - 4;
+TEST_F(StyleLookup, RecordBeforeTheEndOfTheGlobals_MovesTheFirstSheetWithItsEntry) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x0031, FontPayload("A")));
+  const uint32_t bof = TableEntry(Table(), kTableFirstSheet);
   EXPECT_EQ(Format("0.0"), 254);
-  EXPECT_TRUE(IsPrivate(Stream(), eof, kLowDetour));
-  EXPECT_FALSE(IsPlain(Stream(), eof + 4, kLowBof));
-  EXPECT_EQ(BlockContents(table_, MEMORYSIZE(table_)), table) << "the table is not touched";
+  EXPECT_TRUE(IsPrivate(Stream(), bof - 4, kLowDetour));
+  const uint32_t moved = TableEntry(Table(), kTableFirstSheet);
+  EXPECT_NE(moved, bof);
+  EXPECT_TRUE(IsPlain(Stream(), moved, kLowBof));
+  EXPECT_TRUE(IsPlain(Stream(), moved - 4, kLowEof));
+}
+
+TEST_F(StyleLookup, RecordBeforeTheEndOfTheGlobals_IsFoundAgainAndSurvivesARefresh) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x0031, FontPayload("A")));
+  EXPECT_EQ(Format("0.0"), 254);
+  const Bytes once = Image();
+  EXPECT_EQ(Format("0.0"), 254);
+  EXPECT_EQ(Image(), once);
+  EXPECT_EQ(Format("0.00"), 253);
+  EXPECT_EQ(XLRefreshHandles(&buffer_, table_, &size_), 0);
+  EXPECT_EQ(XLGetNumFormatItems(buffer_, table_, kKindFormat), 2 + 17);
+  EXPECT_TRUE(IsPlain(Stream(), TableEntry(Table(), kTableFirstSheet), kLowBof));
+}
+
+// A record of less than 8 bytes in front of the EOF: EOF and BOF still move together.
+TEST_F(StyleLookup, ShortRecordBeforeTheEndOfTheGlobals_MovesTheFirstSheetToo) {
+  LoadBook(StreamBuilder().Bof(5).Record(0x041E, FormatPayload(164, "0")).Record(0x0042, Bytes(2)));
+  EXPECT_EQ(Format("0.0"), 254);
+  EXPECT_EQ(Format("0.0"), 254);
+  const uint32_t moved = TableEntry(Table(), kTableFirstSheet);
+  EXPECT_TRUE(IsPlain(Stream(), moved, kLowBof));
+  EXPECT_EQ(XLRefreshHandles(&buffer_, table_, &size_), 0);
+  EXPECT_EQ(XLGetNumFormatItems(buffer_, table_, kKindFormat), 2 + 17);
 }
 
 TEST_F(StyleLookup, NullArguments) {
