@@ -338,6 +338,15 @@ TEST_F(ReferenceBindingTest, WhatAnEarlierTenantLeftBehindAFileIsNotRead) {
   EXPECT_EQ(XLGetReference(path.c_str()), 0);
 }
 
+TEST_F(ReferenceBindingTest, BeforeAnyWorkbookThereIsNoStreamToRead) {
+  const std::string path = folder_.File("book.xls");
+  ASSERT_TRUE(WriteWorkbook(path, "Workbook", StreamBuilder().Bof(6).Raw(Stamp("41      ")).Eof().Stream()));
+  BiffVersion = 0;
+  EXPECT_EQ(XLGetReference(path.c_str()), -3);
+  BiffVersion = 6;
+  EXPECT_EQ(XLGetReference(path.c_str()), 41);
+}
+
 TEST_F(ReferenceBindingTest, ReadingTellsWhatIsMissing) {
   const std::string path = folder_.File("book.xls");
   BiffVersion = 6;

@@ -179,6 +179,22 @@ TEST_F(ReferenceDirectoryTest, WhatStandsBehindARecordOfEightBytesIsNotDisplaced
   EXPECT_EQ(FindRefEntry(buffer_, 2, kKindTable), static_cast<int32_t>(behind));
 }
 
+TEST_F(ReferenceDirectoryTest, APatchThatTakesTheRoomOfAShortRecordDisplacesNothing) {
+  LoadThree();
+  ASSERT_EQ(Put(1, kKindGraph, Bytes{0xD4, 0x10, 2, 0, 1, 2}), 0);
+  const uint32_t behind = Find(1, kKindGraph).value + 6;
+  RepointRefEntry(buffer_, 2, kKindTable, behind);
+  ASSERT_EQ(Put(1, kKindGraph, Bytes{0xD4, 0x10, 2, 0, 3, 4}, true), 0);
+  EXPECT_EQ(FindRefEntry(buffer_, 2, kKindTable), static_cast<int32_t>(behind));
+}
+
+TEST_F(ReferenceDirectoryTest, WithoutAValidDirectoryAPatchTellsNoEntry) {
+  Load(RefRecord(0xFF, 0) + kTableEnd + TableHead(2) + kTableEnd + Entry(1, 2, 12) + RefRecord(0xFE, 0));
+  const Bytes value = Value(1, 1);
+  ASSERT_EQ(PatchReference(&buffer_, value.data(), 8, static_cast<uint32_t>(value.size()), &size_), 0);
+  EXPECT_EQ(U32At(Stream(), 30 + kRefEntryOffset), 12u);
+}
+
 TEST_F(ReferenceDirectoryTest, ADirectoryWithoutAnEndTakesNoObject) {
   Load(RefRecord(0xFF, 8) + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Bytes{0xFF, 0xFE, 4, 0, 8, 0, 0, 0});
   const Bytes before = BlockContents(buffer_, size_);
