@@ -104,7 +104,7 @@ uint32_t MakeRecord(const Save& save, const MergeBounds& bounds, const SetStore&
 // Merges what is stored, and puts the record of what came of it at the graph's end. Room for all of it is there. *working is released.
 int16_t MergeAndPut(const Save& save, uint32_t* buffer, uint32_t* size, const MergeBounds& looked,
                     uint32_t* working) {
-  const SetStore store = FillStore(*working, looked, save.kind.width, save.array, save.range);
+  const SetStore store = FillStore(*working, looked.lowest, save.kind.width, save.array, save.range);
   MergeBounds bounds(save.range);
   uint32_t end = 0;
   Merge(save, *buffer, MergePass::kMerge, &bounds, store, &end);

@@ -29,9 +29,8 @@ bool MakeRoom(uint32_t* store, const MergeBounds& looked, uint32_t width) {
   return true;
 }
 
-SetStore FillStore(uint32_t store, const MergeBounds& looked, uint32_t width, SAFEARRAY* array,
-                   const SetRange& range) {
-  const SetStore filled{OpenBlock(store), looked.lowest, width};
+SetStore FillStore(uint32_t store, int32_t lowest, uint32_t width, SAFEARRAY* array, const SetRange& range) {
+  const SetStore filled{OpenBlock(store), lowest, width};
   for (LONG item = range.first; item <= range.last; ++item) {
     uint32_t value = 0;
     platform::GetBytes(array, &item, &value, width);

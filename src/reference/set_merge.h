@@ -11,7 +11,7 @@
 // save with the number negated.
 //
 // A save walks its graph twice. The first time it only looks how far lo and hi will come: runs that were stored with a larger maximum, or that
-// a damaged stream has, reach beyond the caller's. Then the room for all of it is there, or the call fails with everything as it was.
+// a damaged stream has, reach beyond the caller's. So a store has the room that it needs, or the call fails with everything as it was.
 #pragma once
 
 #include <algorithm>
@@ -80,7 +80,7 @@ struct MergeBounds {
   bool MergeRun(int32_t f, int32_t l);
 };
 
-// The working store of a merge: items of `width` bytes from item `lowest` on, in a pool block.
+// The working store of a merge: items of `width` bytes from item `lowest` on, in a pool block. All access goes through the gate of the block.
 struct SetStore {
   Block block;
   int32_t lowest = 0;
@@ -96,8 +96,7 @@ struct SetStore {
 // *store is as it was.
 bool MakeRoom(uint32_t* store, const MergeBounds& looked, uint32_t width);
 
-// The store, opened after MakeRoom, with the items of *array in place.
-SetStore FillStore(uint32_t store, const MergeBounds& looked, uint32_t width, SAFEARRAY* array,
-                   const SetRange& range);
+// The store, opened to hold items from `lowest` on, with those of the array in place that it has room for.
+SetStore FillStore(uint32_t store, int32_t lowest, uint32_t width, SAFEARRAY* array, const SetRange& range);
 
 }  // namespace tolvenar

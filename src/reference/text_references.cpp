@@ -14,6 +14,9 @@ namespace {
 constexpr int32_t kSets = 4;
 constexpr int32_t kRequestedItem = 2;  // bytes per item in the requests of the stores, on purpose
 constexpr uint32_t kItemBytes = 4;
+// Items that the stores keep, from lo on: a pass gets no further, since each of its records takes one of the pool's blocks for two items at the
+// most, and looks one item ahead. Any slot has room for them, whatever the caller's maximum is and however far stored runs reach.
+constexpr int32_t kKeptItems = 2 * kSlotCount + 1;
 static_assert(std::size(kLowSetText) == kSets);
 
 struct Save {
@@ -63,6 +66,13 @@ Run RunAt(const Block& block, uint32_t at) {
   return {f, f + n - 1, U32At(block, at + kTextRefRunBase), TextRefStep(U8At(block, at + kTextRefRunStep))};
 }
 
+// Puts the items of a run that the stores keep.
+void PutRun(const Stores& stores, const Run& run) {
+  const int32_t first = std::max(run.f, stores.first.lowest);
+  const int32_t last = std::min(run.l, stores.first.lowest + kKeptItems - 1);
+  for (int32_t item = first; item <= last; ++item) PutPair(stores, item, run.ValueOf(item), 0);
+}
+
 bool LiesInRange(const SetRange& range, int32_t item) {
   return range.first <= item && item <= range.last;
 }
@@ -88,8 +98,7 @@ void MergeRecord(const Save& save, MergePass pass, MergeBounds* bounds, const St
   } else if (IsOfSet(kLowTextRefRun, set, block, at)) {
     const Run run = RunAt(block, at);
     goes = bounds->MergeRun(run.f, run.l);
-    const bool takes = goes && pass == MergePass::kMerge && save.range.Stores();
-    for (int32_t item = run.f; takes && item <= run.l; ++item) PutPair(stores, item, run.ValueOf(item), 0);
+    if (goes && pass == MergePass::kMerge) PutRun(stores, run);
   }
   if (goes && pass == MergePass::kMerge) MarkRecordSlack(block, at);
 }
@@ -121,23 +130,17 @@ bool TakeStores(const SetRange& range, Stores* stores) {
   return stores->second_block != 0;
 }
 
-// Merges what is stored, and writes what came of it at the graph's end. Room for all of it is there.
+// Merges what is stored, and writes what came of it at the graph's end.
 int16_t MergeAndPut(const Save& save, uint32_t* buffer, uint32_t* size, const MergeBounds& looked,
                     Stores* stores) {
-  stores->first = FillStore(stores->first_block, looked, kItemBytes, save.firsts, save.range);
-  stores->second = FillStore(stores->second_block, looked, kItemBytes, save.seconds, save.range);
+  stores->first = FillStore(stores->first_block, looked.lo, kItemBytes, save.firsts, save.range);
+  stores->second = FillStore(stores->second_block, looked.lo, kItemBytes, save.seconds, save.range);
   MergeBounds bounds(save.range);
   uint32_t end = 0;
   Merge(save, *buffer, MergePass::kMerge, &bounds, *stores, &end);
   if (!save.range.Stores()) return kRefDone;
   const TextRefItems items = {bounds.lo, bounds.hi, stores->first, stores->second};
   return PutTextRefItems(buffer, size, end, static_cast<uint8_t>(save.range.set), items);
-}
-
-bool MakeRooms(const Save& save, const MergeBounds& looked, Stores* stores) {
-  if (!save.range.Stores()) return true;
-  return MakeRoom(&stores->first_block, looked, kItemBytes) &&
-         MakeRoom(&stores->second_block, looked, kItemBytes);
 }
 
 int16_t SaveItems(const Save& save, uint32_t* buffer, uint32_t* size) {
@@ -149,7 +152,6 @@ int16_t SaveItems(const Save& save, uint32_t* buffer, uint32_t* size) {
   int16_t result = HasBuffer(buffer, size) ? Merge(save, *buffer, MergePass::kLook, &looked, stores, nullptr)
                                            : kSetNoBuffer;
   if (result == kRefHeadNotMet) return result;  // the stores stay allocated, on purpose
-  if (result == kRefDone && !MakeRooms(save, looked, &stores)) result = kSetNoStore;
   if (result == kRefDone) result = MergeAndPut(save, buffer, size, looked, &stores);
   Release(&stores);
   return result;

@@ -29,8 +29,8 @@ constexpr uint32_t TextRefStep(uint8_t code) {
 // Result, in this order: 0, also when the merge leaves nothing to store (lo above hi); -10 first above max or below 1; -11 last likewise; -12
 // first above last; -13 the absolute value of the set is above 4; -3 an array is not of one dimension; -4 its bounds are not first and last;
 // -14 no pool block for a working store, and at the second one's failure the first stays allocated; -16 no buffer; -997 no such graph in
-// the directory; -2 its head was not met, and both stores stay allocated; -14 no slot for all items that the merge brings together, with
-// everything as it was; -4 no pool block for a record; -5 the patch at the end of the graph failed: the buffer is released and *buffer is 0.
+// the directory; -2 its head was not met, and both stores stay allocated; -4 no pool block for a record; -5 the patch at the end of the graph
+// failed: the buffer is released and *buffer is 0.
 int16_t XLRSaveTextRef(uint32_t* buffer, uint32_t* size, uint16_t graph, int16_t first, int16_t last,
                        int16_t max, SAFEARRAY** firsts, SAFEARRAY** seconds, int16_t set);
 

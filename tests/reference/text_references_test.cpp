@@ -291,16 +291,20 @@ TEST_P(TextReferencesTest, AtEachEdgeOfASlot_TheStoresHaveTheirRoom) {
   }
 }
 
-TEST_P(TextReferencesTest, WithoutASlotForTheMergedItems_NothingChanges) {
-  PutRecords(Run(1, 1, 3, 5000, 10) + SetText(1, 2));
-  const Bytes image = Image();
-  buffer_ = MEMORYREALLOC(buffer_, 2000);
-  for (int slot = 5; slot <= 9; ++slot) ASSERT_NE(MEMORYALLOC(33001), 0u);
-  EXPECT_EQ(Save(1, 2, {{1, 1}}, 2), -14);
-  EXPECT_EQ(Image(), image);
-  EXPECT_EQ(LiveBlocks(), 6u);
-  EXPECT_EQ(TakeOut(1, 2, 2), 0);
-  EXPECT_EQ(Hex(Content()), "");
+TEST_P(TextReferencesTest, ALongStoredRun_IsTakenAsFarAsTheBlocksGo) {
+  PutRecords(Run(1, 1, 3, 5000, 10));
+  EXPECT_EQ(Save(1, 2, {{1, 1}}, 2), -4);  // a maximum of 2, and a run far beyond it
+  ExpectContent(Run(1, 1, 11, 2, 18) + Run(1, 1, 9, 2, 16) + Run(1, 1, 7, 2, 14) + Run(1, 1, 5, 2, 12) +
+                    Run(1, 1, 3, 2, 10) + Single(1, 2, 1, 1),
+                6);
+}
+
+TEST_P(TextReferencesTest, ManyLongRuns_EndQuickly) {
+  Bytes runs;
+  for (int i = 0; i < 2000; ++i) runs = runs + Run(1, 1, 1, 32767, 10);
+  PutRecords(runs);
+  EXPECT_EQ(Save(1, 2, {{1, 1}}, 2), -4);
+  EXPECT_EQ(Got(1, 3), (Pairs{{10, 0}, {11, 0}, {12, 0}}));
 }
 
 TEST_P(TextReferencesTest, DamagedBounds_NeverLeadOutOfTheStores) {
