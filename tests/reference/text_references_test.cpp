@@ -253,6 +253,21 @@ TEST_P(TextReferencesTest, AFailedPatch_ReleasesTheBufferAndTheStores) {
   ExpectGone();
 }
 
+TEST_P(TextReferencesTest, AFailedPatchOfTheSecondRecord_LeavesTheBlockOfTheFirst) {
+  const Bytes stream = Image();
+  MEMORYFREEALL();
+  uint32_t below[8];
+  for (uint32_t& block : below) block = MEMORYALLOC(1);
+  buffer_ = MEMORYALLOC(1);
+  ASSERT_EQ(MEMORYISHANDLE(buffer_), 9);  // nothing is above it, and all below is free
+  for (uint32_t& block : below) MEMORYFREE(&block);
+  CopyIn(Stream(), 0, stream.data(), size_);
+  size_ = 105000000 - 40;  // room for a record of 15 bytes, what it displaces and the way back, and not for another
+  EXPECT_EQ(Save(1, 2, {{1, 1}, {9, 9}}), -5);
+  EXPECT_EQ(buffer_, 0u);
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
 TEST_P(TextReferencesTest, AFailureAtTheSecondRecord_LeavesTheBlockOfTheFirst) {
   buffer_ = MEMORYREALLOC(buffer_, 2000);
   for (int slot = 5; slot <= 9; ++slot) ASSERT_NE(MEMORYALLOC(33001), 0u);
