@@ -16,7 +16,7 @@ class GraphPropertiesTest : public GraphTest {
     for (LONG item = 1; item <= 128; ++item) values_.SetNumber(item, 0, ValueOf(item));
   }
 
-  static int32_t ValueOf(LONG item) { return static_cast<int32_t>(item * 0x01000001 - 7); }
+  static int32_t ValueOf(LONG item) { return static_cast<int32_t>(item * 0x00F00001 - 7); }
   static Bytes Record(int32_t added = 0) {
     Bytes payload;
     for (LONG item = 1; item <= 128; ++item)
