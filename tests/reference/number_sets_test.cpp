@@ -140,6 +140,14 @@ TEST_P(NumbersTest, ASingleRightAboveOneItem_LeavesNothingToWrite) {
   }
 }
 
+TEST_P(NumbersTest, ASingleNextToBothCrossedBounds_MovesThemThereAndBack) {
+  // The first two at 3 raise the lower bound to 4; the third is right below it and right above item 2. So 2 touches nothing any more.
+  PutRecords(Single(kInts, 1, 3, 31) + Single(kInts, 1, 3, 32) + Single(kInts, 1, 3, 33) +
+             Single(kInts, 1, 2, 22));
+  EXPECT_EQ(Save(kInts, 1, 2, {2}), 0);
+  ExpectContent({});
+}
+
 TEST_P(NumbersTest, InSet1_TheRangeIsTheOneThatWasGiven) {
   // The run widens the bounds to 2 to 6; the single at 6 lies outside 4 to 5 all the same.
   PutRecords(Run(kInts, 1, 2, 6, {2, 3, 4, 5, 6}) + Single(kInts, 1, 6, 66) + Single(kInts, 1, 5, 55));
