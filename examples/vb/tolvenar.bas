@@ -230,3 +230,52 @@ Public Declare Function XLInsertReference Lib "tolvenar.dll" (ByRef buffer As Lo
 Public Declare Function XLUnbindReference Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long) As Integer
 Public Declare Function XLGetReference Lib "tolvenar.dll" (ByVal path As String) As Long
 Public Declare Function XLDestroyFString Lib "tolvenar.dll" (ByRef handle As Long) As Integer
+
+' ---- Slots of graphs ----
+
+Public Declare Function XLRSaveText Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graph As Integer, ByVal textArg As String, ByVal slot As Integer) As Integer
+Public Declare Function XLRGetText Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByRef textArg As String, ByVal slot As Integer) As Integer
+Public Declare Function XLRSaveDouble Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graph As Integer, ByVal low As Long, ByVal high As Long, ByVal slot As Integer) As Integer
+Public Declare Function XLRGetDouble Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByRef value As Any, ByVal slot As Integer) As Integer
+Public Declare Function XLRSaveFont Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graph As Integer, ByVal first As Integer, ByVal second As Integer, ByVal third As Integer, _
+    ByVal fourth As Integer, ByVal slot As Integer) As Integer
+Public Declare Function XLRGetFont Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByRef first As Integer, ByRef second As Integer, ByRef third As Integer, ByRef fourth As Integer, _
+    ByVal slot As Integer) As Integer
+Public Declare Function XLRSaveProperties Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef array() As Any, ByVal graph As Integer) As Integer
+Public Declare Function XLRGetProperties Lib "tolvenar.dll" (ByVal buffer As Long, ByRef array() As Any, _
+    ByVal graph As Integer) As Integer
+Public Declare Function XLRSaveSelVis Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef array() As Any, ByVal graph As Integer, ByVal n As Integer, ByVal setArg As Integer) As Integer
+Public Declare Function XLRGetSelVis Lib "tolvenar.dll" (ByVal buffer As Long, ByRef array() As Any, _
+    ByVal graph As Integer, ByVal n As Integer, ByVal setArg As Integer) As Integer
+Public Declare Function XLRDeleteProperty Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByVal item As Integer, ByVal index As Integer) As Integer
+
+' ---- Sets of graphs ----
+
+Public Declare Function XLRSaveSetText Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graph As Integer, ByVal index As Integer, ByVal textArg As String, ByVal setArg As Integer) As Integer
+Public Declare Function XLRGetSetText Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByVal index As Integer, ByRef textArg As String, ByVal setArg As Integer) As Integer
+Public Declare Function XLRSaveSetInt Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graph As Integer, ByVal first As Integer, ByVal last As Integer, ByVal max As Integer, _
+    ByRef array() As Any, ByVal setArg As Integer) As Integer
+Public Declare Function XLRGetSetInt Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByVal n As Integer, ByRef array() As Any, ByVal setArg As Integer) As Integer
+Public Declare Function XLRSaveSetLong Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graph As Integer, ByVal first As Integer, ByVal last As Integer, ByVal max As Integer, _
+    ByRef array() As Any, ByVal setArg As Integer) As Integer
+Public Declare Function XLRGetSetLong Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByVal n As Integer, ByRef array() As Any, ByVal setArg As Integer) As Integer
+Public Declare Function XLRSaveTextRef Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graph As Integer, ByVal first As Integer, ByVal last As Integer, ByVal max As Integer, _
+    ByRef firsts() As Any, ByRef seconds() As Any, ByVal setArg As Integer) As Integer
+Public Declare Function XLRGetTextRef Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
+    ByVal n As Integer, ByRef firsts() As Any, ByRef seconds() As Any, ByVal setArg As Integer) As Integer

@@ -768,6 +768,124 @@ TOLVENAR_API int32_t TOLVENAR_CALL XLGetReference(const char* path);
 /* Releases a pool block and zeroes the variable. Result: 0, also when there was no live block; -1 for a null reference. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLDestroyFString(uint32_t* handle);
 
+/* ---- Slots of graphs -------------------------------------------------------------------------------------------------------
+ *
+ * A graph of a reference keeps numbered values, and gives them back as they were: texts 1 to 7, doubles 1 to 3, fonts 1 to 5, 128
+ * properties, flag vectors by set number. What a slot means is the host's affair. A saver replaces what the slot has; a number
+ * that is no slot adds a record that nothing reads. A getter of an empty slot, or of none, leaves what it is to fill as it was.
+ *
+ * Results of the savers: 0; -1 no buffer; -997 no such graph; -2 the graph's head was not met; -3 the array is not of one
+ * dimension, -4 its bounds differ; -8 no pool block for the copy of the array; -4 no pool block for the record, or a text too
+ * long for one (32761 bytes, in a set 32759); -5, -6 no room for the change: *buffer is released and 0.
+ * Results of the getters: -3 and -4 of the array first; then -1, -997, -2; else 0. */
+
+/* Stores a text; null is an empty one. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveText(uint32_t* buffer, uint32_t* size, uint16_t graph,
+                                               const char* text, uint16_t slot);
+
+/* Gives the text as a new BSTR; what *text held is not released. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetText(uint32_t buffer, uint16_t graph, BSTR* text, uint16_t slot);
+
+/* Stores 8 bytes, the low half first: a double, as a rule. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveDouble(uint32_t* buffer, uint32_t* size, uint16_t graph,
+                                                 uint32_t low, uint32_t high, int16_t slot);
+
+/* Gives the 8 bytes at `value`. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetDouble(uint32_t buffer, uint16_t graph, void* value, uint16_t slot);
+
+/* Stores four values of a font, whatever they are. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveFont(uint32_t* buffer, uint32_t* size, uint16_t graph,
+                                               uint16_t first, uint16_t second, uint16_t third,
+                                               uint16_t fourth, uint16_t slot);
+
+/* Gives the four values. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetFont(uint32_t buffer, uint16_t graph, uint16_t* first,
+                                              uint16_t* second, uint16_t* third, uint16_t* fourth,
+                                              uint16_t slot);
+
+/* Stores the 128 elements, 32 bits each, of an array of 1 to 128. Until the next XLRefreshReference, a reference in which a record
+ * was replaced by a longer one may take one of its own jumps for the properties, on purpose: compact it first.
+ * Result: as above; the graph is looked for before the array is tested. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveProperties(uint32_t* buffer, uint32_t* size, SAFEARRAY** array,
+                                                     uint16_t graph);
+
+/* Gives the properties to an array of 1 to 128. Result: as above; see XLRSaveProperties for edited references. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetProperties(uint32_t buffer, SAFEARRAY** array, uint16_t graph);
+
+/* Stores n flags from an array of 1 to n, 16 bits each, of which any but 0 is a set flag. `set` is above 0; with any other nothing
+ * happens behind the checks. Result: as above; the graph is looked for before the array is tested. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSelVis(uint32_t* buffer, uint32_t* size, SAFEARRAY** array,
+                                                 uint16_t graph, int16_t n, int16_t set);
+
+/* Gives n flags, 0 or 1, to an array of 1 to n. With a larger n than was saved, bits of what lies behind follow.
+ * Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSelVis(uint32_t buffer, SAFEARRAY** array, uint16_t graph, int16_t n,
+                                                uint16_t set);
+
+/* Deletes an item: 1, 2, 17, 18, 19 the fonts; 4, 8, 10 the doubles; 5, 6, 7, 20 to 23 the texts; 24 the properties; and of sets
+ * the single item with that index: 3, 9 ints, 15, 16 longs, 11 to 14 texts. 0 deletes all of these. Flags, links to tables, text
+ * references and runs stay. For 0 and 24, edited references are to be compacted first, as for XLRSaveProperties.
+ * Result: 0, also for an item that isn't there; -1 no buffer; -997 no such graph; -2 the graph's head was not met. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRDeleteProperty(uint32_t buffer, uint16_t graph, uint16_t item,
+                                                     uint16_t index);
+
+/* ---- Sets of graphs --------------------------------------------------------------------------------------------------------
+ *
+ * Sparse lists with items from 1 to a maximum that the host states, and keeps near what it uses: texts (sets 1 to 4), ints of 16
+ * and longs of 32 bits (sets 1 and 2), and text references, pairs of position values (sets 1 to 4), which stand in the place of the
+ * text of the same set and index.
+ *
+ * A save of items first to last, from an array with these bounds, merges them with the stored ones that touch the range, and stored
+ * runs keep their values: to overwrite, save the same range with the set number negated, which only takes out (whole runs, also
+ * beyond the range), and then save. A single that is stored right behind `last` takes the place of item `last`, at the cost of
+ * the lowest item; a save from which nothing is left that way stores nothing and gives 0.
+ *
+ * Results of these saves: 0; -10 first, -11 last not from 1 to max; -12 first above last; -13 no such set; -3 an array is not of
+ * one dimension, -4 its bounds differ; -14 no pool block for a working store; -16 no buffer; -997 no such graph; -2 the graph's head
+ * was not met, and the working stores stay allocated; -4 no pool block for a record; -5 no room for the change: *buffer is released
+ * and 0. With the reference as it was also: -5 more than 16379 ints or 8189 longs in a row.
+ * A getter takes arrays of 1 to n, and leaves elements without an item as they were. Its results: -3, -4, -1 no buffer, -997, -2;
+ * else 0. */
+
+/* Stores the text of an item; null is an empty one. Result: as of XLRSaveText. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSetText(uint32_t* buffer, uint32_t* size, uint16_t graph,
+                                                  uint16_t index, const char* text, uint16_t set);
+
+/* Gives the text of an item as a new BSTR; what *text held is not released. Result: as of XLRGetText. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSetText(uint32_t buffer, uint16_t graph, uint16_t index, BSTR* text,
+                                                 uint16_t set);
+
+/* Stores ints. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSetInt(uint32_t* buffer, uint32_t* size, uint16_t graph,
+                                                 int16_t first, int16_t last, int16_t max, SAFEARRAY** array,
+                                                 int16_t set);
+
+/* Gives the ints of a set. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSetInt(uint32_t buffer, uint16_t graph, int16_t n, SAFEARRAY** array,
+                                                uint16_t set);
+
+/* Stores longs. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSetLong(uint32_t* buffer, uint32_t* size, uint16_t graph,
+                                                  int16_t first, int16_t last, int16_t max, SAFEARRAY** array,
+                                                  int16_t set);
+
+/* Gives the longs of a set that are stored singly. Runs of longs don't come back, on purpose, and a run of ints of the same number
+ * is read as if its items were longs. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSetLong(uint32_t buffer, uint16_t graph, int16_t n,
+                                                 SAFEARRAY** array, uint16_t set);
+
+/* Stores text references, and takes out the texts in their place: `firsts` has the first values, `seconds` the second ones, 0 for
+ * none. Each record that is written but the last leaves a block of the pool taken, on purpose: store long sets in pieces of a few
+ * items; some ten items end in -4, with the first records written. Only MEMORYFREEALL gets the blocks back.
+ * Result: as above; at -14 for the second working store the first stays allocated. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveTextRef(uint32_t* buffer, uint32_t* size, uint16_t graph,
+                                                  int16_t first, int16_t last, int16_t max,
+                                                  SAFEARRAY** firsts, SAFEARRAY** seconds, int16_t set);
+
+/* Gives the first and second values of a set's text references. Result: as above. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetTextRef(uint32_t buffer, uint16_t graph, int16_t n,
+                                                 SAFEARRAY** firsts, SAFEARRAY** seconds, uint16_t set);
+
 #ifdef __cplusplus
 }
 #endif

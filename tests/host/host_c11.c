@@ -29,6 +29,8 @@ static void Require(int condition, const char* sentence, int line) {
   exit(1);
 }
 
+void CheckReferenceSlots(void);
+
 static uint32_t LiveBlocks(void) {
   uint32_t bytes = 0;
   return MEMORYHANDLES(&bytes, 0);
@@ -480,6 +482,7 @@ int main(int argc, char** argv) {
   CheckVariants();
   CheckVector();
   CheckMatrix();
+  CheckReferenceSlots();
   CheckFailures(saved);
   CheckCharts();
   REQUIRE(LiveBlocks() == 0, "reading charts left blocks behind");
