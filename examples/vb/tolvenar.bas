@@ -214,3 +214,43 @@ Public Declare Function XLInsertReference Lib "tolvenar.dll" (ByRef buffer As Lo
 Public Declare Function XLUnbindReference Lib "tolvenar.dll" (ByVal buffer As Long, ByVal table As Long) As Integer
 Public Declare Function XLGetReference Lib "tolvenar.dll" (ByVal path As String) As Long
 Public Declare Function XLDestroyFString Lib "tolvenar.dll" (ByRef handle As Long) As Integer
+
+' ---- What a reference holds: tables, graphs, chart edits ----
+
+Public Declare Function XLRCreateTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal d1 As Integer, ByVal d2 As Integer, ByVal d3 As Integer, ByVal d4 As Integer) As Integer
+Public Declare Function XLRDeleteTable Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer) As Integer
+Public Declare Function XLRFillTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef values() As Any, ByVal tableId As Integer) As Integer
+Public Declare Function XLRTextToTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal tableId As Integer, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long, _
+    ByVal textArg As String) As Integer
+Public Declare Function XLRValueToTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal tableId As Integer, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long, _
+    ByVal low As Long, ByVal high As Long) As Integer
+Public Declare Function XLRGetRefTable Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer, _
+    ByRef values() As Any) As Integer
+Public Declare Function XLRGetTableText Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer, _
+    ByRef textArg As String, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long) As Integer
+Public Declare Function XLRGetTableValue Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer, _
+    ByRef value As Any, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long) As Integer
+Public Declare Function XLRGetNumItems Lib "tolvenar.dll" (ByVal buffer As Long, ByVal kind As Integer) As Integer
+Public Declare Function XLRGetIndices Lib "tolvenar.dll" (ByVal buffer As Long, ByRef first() As Any, _
+    ByRef second() As Any, ByVal count As Long, ByVal kind As Long) As Integer
+Public Declare Function XLRCreateGraph Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal tableId As Integer) As Integer
+Public Declare Function XLRCreateChartEdit Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal number As Byte, ByVal id As Integer, ByVal graphId As Integer) As Integer
+Public Declare Function XLRUpdateGraph Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graphId As Integer, _
+    ByVal tableId As Integer) As Integer
+Public Declare Function XLRUpdateChartEdit Lib "tolvenar.dll" (ByVal buffer As Long, ByVal number As Integer, _
+    ByVal id As Integer, ByVal graphId As Integer) As Integer
+Public Declare Function XLRDeleteGraph Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graphId As Integer) As Integer
+Public Declare Function XLRDeleteChartEdit Lib "tolvenar.dll" (ByVal buffer As Long, ByVal number As Integer, _
+    ByVal id As Long) As Integer
+Public Declare Function XLRTableByGraph Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graphId As Integer, _
+    ByVal link As Integer) As Integer
+Public Declare Function XLRGraphByChartEdit Lib "tolvenar.dll" (ByVal buffer As Long, ByVal number As Integer, _
+    ByVal id As Integer) As Integer
+Public Declare Function XLRUpdateGraphTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graphId As Integer, ByVal tableId As Integer, ByVal link As Integer) As Integer
