@@ -70,7 +70,8 @@ struct CellContent {
 
 // The record's size in 16 bits.
 int16_t RecordSize(const CellContent& content) {
-  return static_cast<int16_t>(content.length + (content.counted ? kTableText : kTableValue));
+  const int32_t before = content.counted ? kTableText : kTableValue;
+  return static_cast<int16_t>(content.length + before);
 }
 
 void BuildRecord(const Block& record, uint32_t number, const CellContent& content) {

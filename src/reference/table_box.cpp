@@ -1,4 +1,4 @@
-// EncodeTableBox: the directions, the mask of what fits, the largest box, its record.
+// EncodeTableBox: the directions, the largest box that fits, its record.
 #include "reference/table_box.h"
 
 #include "foundation/memory_pool.h"
@@ -55,49 +55,46 @@ int32_t RunAlong(const Box& box, uint32_t k) {
   return cell[k];
 }
 
-// Marks in the mask, which has the extents as its sizes, the places up to which the whole box from the corner fits.
-void MarkWhatFits(const Box& box, const Block& mask) {
-  const GridStrides strides = StridesOf(box.extents);
-  VisitCells(kGridOrigin, box.extents, [&](const GridCell& cell) {
+// Cuts the extents to those of the largest box. The mask, which has the extents as its sizes, marks the places up to which the whole box from
+// the corner fits. Of boxes of one volume the one that reaches further along the first dimensions wins.
+void TakeLargest(Box* box, const Block& mask) {
+  const GridStrides strides = StridesOf(box->extents);
+  GridCell largest = {1, 1, 1, 1};
+  int64_t volume = 1;
+  VisitPlaces(kGridOrigin, box->extents, [&](const GridCell& cell) {
     const uint32_t place = PlaceOf(strides, cell);
-    bool fits = ValueAt(box, cell) == ExpectedAt(box, cell);
+    bool fits = ValueAt(*box, cell) == ExpectedAt(*box, cell);
     for (uint32_t k = 0; k < kGridDimensions && fits; ++k) {
       fits = cell[k] == 0 || U32At(mask, (place - strides[k]) * kValueSize) != 0;
     }
     PutU32(mask, place * kValueSize, fits ? 1 : 0);
-    return true;
-  });
-}
-
-// Cuts the extents to those of the largest box. The far corners are tried from the highest on, so that of boxes of one volume the one that
-// reaches further along the first dimensions wins.
-void TakeLargest(Box* box, const Block& mask) {
-  const GridStrides strides = StridesOf(box->extents);
-  GridCell largest = {1, 1, 1, 1};
-  const GridCell whole = box->extents;
-  VisitCells(kGridOrigin, whole, [&](const GridCell& from_end) {
-    GridCell corner;
-    GridCell extents;
-    for (uint32_t k = 0; k < kGridDimensions; ++k) {
-      extents[k] = whole[k] - from_end[k];
-      corner[k] = extents[k] - 1;
-    }
-    const bool larger = VolumeOf(extents) > VolumeOf(largest);
-    if (larger && U32At(mask, PlaceOf(strides, corner) * kValueSize) != 0) largest = extents;
-    return true;
+    if (!fits) return;
+    const GridCell extents = {cell[0] + 1, cell[1] + 1, cell[2] + 1, cell[3] + 1};
+    const int64_t reached = VolumeOf(extents);
+    if (reached < volume || (reached == volume && extents < largest)) return;
+    largest = extents;
+    volume = reached;
   });
   box->extents = largest;
+}
+
+// A block of `bytes` bytes that holds anything: only a first byte is asked for zeroed, since the remaining array may be large and a box
+// small. It fails exactly when a block of all bytes can't be had: the smallest free slot is taken, and any that has the room is above it.
+uint32_t TakeUncleared(int32_t bytes) {
+  uint32_t first = MEMORYALLOC(1);
+  const uint32_t whole = MEMORYREALLOC(first, bytes);
+  if (whole == 0) MEMORYFREE(&first);
+  return whole;
 }
 
 // The block of the mask has room for the remaining array of `volume` cells, whether so much is needed or not.
 int16_t FitBox(Box* box, int64_t volume) {
   const bool too_large = volume > INT32_MAX / int64_t{kValueSize};
-  uint32_t mask = too_large ? 0 : MEMORYALLOC(static_cast<int32_t>(volume * kValueSize));
+  uint32_t mask = too_large ? 0 : TakeUncleared(static_cast<int32_t>(volume * kValueSize));
   if (mask == 0) return kBoxNoMask;
   GridCell runs;
   for (uint32_t k = 0; k < kGridDimensions; ++k) runs[k] = RunAlong(*box, k);
   box->extents = runs;
-  MarkWhatFits(*box, OpenBlock(mask));
   TakeLargest(box, OpenBlock(mask));
   MEMORYFREE(&mask);
   return kBoxDone;
@@ -134,9 +131,8 @@ int16_t WriteBox(const Box& box, bool alone, uint32_t* buffer, uint32_t* size, u
   const int16_t patched = PatchReference(buffer, BlockBytes(record), at, count, size);
   MEMORYFREE(&record);
   if (patched != kPatchDone) return alone ? kBoxCellNotPatched : kBoxNotPatched;
-  VisitCells(kGridOrigin, box.extents, [&](const GridCell& cell) {
+  VisitPlaces(kGridOrigin, box.extents, [&](const GridCell& cell) {
     PutU32(box.values, (box.first + PlaceOf(box.strides, cell)) * kValueSize, 0);
-    return true;
   });
   return kBoxDone;
 }

@@ -1,9 +1,9 @@
-// The grid of a table's cells, in four dimensions: places and the order in which cells are visited.
+// The grid of a table's cells, in four dimensions: their places, and two orders to visit them in.
 //
 //   place of cell (a, b, c, d) in sizes (D1, D2, D3, D4)      ((d x D3 + c) x D2 + b) x D1 + a, modulo 2^32
-//   order of a visit                                          a outermost, d innermost
 //
-// So the cells are not visited in the order of their places, on purpose: which boxes a table is encoded in depends on it.
+// The cells become boxes in another order than that of their places, a outermost and d innermost, on purpose: which boxes a table is encoded
+// in depends on it. Where the order plays no part, that of the places is the faster one.
 #pragma once
 
 #include <array>
@@ -37,20 +37,38 @@ inline int64_t VolumeOf(const GridCell& sizes) {
   return int64_t{sizes[0]} * sizes[1] * sizes[2] * sizes[3];
 }
 
-// Calls visit(cell) for all cells with first[k] <= cell[k] < past[k], until it answers false. Answers whether it never did.
+// Calls visit(cell) for all cells with first[k] <= cell[k] < past[k], dimension order[0] outermost, until it answers false. Answers
+// whether it never did.
 template <typename Visit>
-bool VisitCells(const GridCell& first, const GridCell& past, Visit visit) {
+bool VisitInOrder(const std::array<uint32_t, kGridDimensions>& order, const GridCell& first,
+                  const GridCell& past, Visit visit) {
+  const auto [o, p, q, r] = order;
   GridCell cell;
-  for (cell[0] = first[0]; cell[0] < past[0]; ++cell[0]) {
-    for (cell[1] = first[1]; cell[1] < past[1]; ++cell[1]) {
-      for (cell[2] = first[2]; cell[2] < past[2]; ++cell[2]) {
-        for (cell[3] = first[3]; cell[3] < past[3]; ++cell[3]) {
+  for (cell[o] = first[o]; cell[o] < past[o]; ++cell[o]) {
+    for (cell[p] = first[p]; cell[p] < past[p]; ++cell[p]) {
+      for (cell[q] = first[q]; cell[q] < past[q]; ++cell[q]) {
+        for (cell[r] = first[r]; cell[r] < past[r]; ++cell[r]) {
           if (!visit(cell)) return false;
         }
       }
     }
   }
   return true;
+}
+
+// The order in which cells become boxes: dimension 1 outermost.
+template <typename Visit>
+bool VisitCells(const GridCell& first, const GridCell& past, Visit visit) {
+  return VisitInOrder({0, 1, 2, 3}, first, past, visit);
+}
+
+// The order of the places, which is that of memory: dimension 1 innermost.
+template <typename Visit>
+void VisitPlaces(const GridCell& first, const GridCell& past, Visit visit) {
+  VisitInOrder({3, 2, 1, 0}, first, past, [&](const GridCell& cell) {
+    visit(cell);
+    return true;
+  });
 }
 
 }  // namespace tolvenar

@@ -24,13 +24,12 @@ int16_t CheckTableArray(SAFEARRAY* array, const GridCell& sizes) {
 void LoadValues(SAFEARRAY* array, const GridCell& sizes, uint32_t values) {
   const Block block = OpenBlock(values);
   const GridStrides strides = StridesOf(sizes);
-  VisitCells(kGridOrigin, sizes, [&](const GridCell& cell) {
+  VisitPlaces(kGridOrigin, sizes, [&](const GridCell& cell) {
     LONG index[kGridDimensions];
     for (uint32_t k = 0; k < kGridDimensions; ++k) index[k] = cell[k] + 1;
     uint32_t value = 0;
     platform::GetBytes(array, index, &value, sizeof value);
     PutU32(block, PlaceOf(strides, cell) * kValueSize, value);
-    return true;
   });
 }
 
@@ -118,11 +117,10 @@ void PutBlock(const Target& target, const Block& block, uint32_t at) {
     first[k] = std::max(0, -corner[k]);
     past[k] = std::min(box.counts[k], target.sizes[k] - corner[k]);
   }
-  VisitCells(first, past, [&](const GridCell& cell) {
+  VisitPlaces(first, past, [&](const GridCell& cell) {
     GridCell index;
     for (uint32_t k = 0; k < kGridDimensions; ++k) index[k] = corner[k] + cell[k] + 1;
     PutPosition(target, index, base + PlaceOf(box.steps, cell));
-    return true;
   });
 }
 

@@ -2,9 +2,12 @@
 #include "reference/reference_table.h"
 
 #include "reference/graph_object.h"
+#include "reference/reference_file.h"
 #include "reference/reference_index.h"
 #include "reference/reference_states.h"
+#include "support/temp_file.h"
 #include "support/test_array.h"
+#include "support/workbook_file.h"
 
 namespace tolvenar::testing {
 namespace {
@@ -341,6 +344,45 @@ TEST_P(ReferenceTableTest, TheLongestTextHas32757Bytes) {
   EXPECT_EQ(PutText(1, {2, 1, 1, 1}, std::string(65536 + 3, 'z').c_str()), 0);  // 16 bits of its length count
   EXPECT_EQ(TextOf(1, {2, 1, 1, 1}), "zzz");
   EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+// A new reference, byte for byte.
+class TableBytesTest : public RefContentsTest {};
+
+TEST_F(TableBytesTest, ATableAndATextStandInTheirPatchAreas) {
+  ASSERT_EQ(XLRCreateTable(&buffer_, &size_, 2, 3, 4, 5), 1);
+  ASSERT_EQ(XLRTextToTable(&buffer_, &size_, 1, {2, 1, 1, 1}, "abc"), 0);
+  const Bytes expected = {0xFF, 0x10, 4,  0, 64,   0,    0, 0,                      // 0: REFHEADER
+                          0xFF, 0xFE, 4,  0, 88,   0,    0, 0,                      // 8: to the table
+                          0xFF, 0xFE, 4,  0, 64,   0,    0, 0,                      // 16: to the mark
+                          0xFF, 0xFE, 4,  0, 36,   0,    0, 0, 0xF8, 0xFE, 0,   0,  // 24: to the entry
+                          0xDC, 0x10, 8,  0, 1,    0,    1, 0, 8,    0,    0,   0,  // 36: REFENTRY
+                          0xFE, 0x10, 4,  0, 0,    0,    0, 0, 0xFA, 0xFE, 4,   0,   32,  0, 0, 0,  // REFEND
+                          0xDA, 0x10, 4,  0, 0,    0,    0, 0,  // 64: live REFMARK
+                          0xDB, 0x10, 4,  0, 0,    0,    0, 0, 0xFA, 0xFE, 4,   0,   24,  0, 0, 0,  // REFDIR
+                          0xDF, 0x10, 10, 0, 1,    0,    2, 0, 3,    0,    4,   0,   5,   0,  // 88: TABLEHEAD
+                          0xFF, 0xFE, 4,  0, 122,  0,    0, 0, 0,    0,    0,   0,         // 102: to the text
+                          0xFA, 0xFE, 4,  0, 16,   0,    0, 0,                             // 114: RESUME
+                          0xD5, 0x10, 9,  0, 2,    0,    0, 0, 3,    0,    'a', 'b', 'c',  // 122: TABLETEXT
+                          0xE0, 0x10, 0,  0, 0xDA, 0x10, 4, 0, 0,    0,    0,   0,  // TABLEEND, old mark
+                          0xFA, 0xFE, 4,  0, 114,  0,    0, 0};
+  EXPECT_EQ(Hex(Image()), Hex(expected));
+}
+
+TEST_F(TableBytesTest, ATableComesBackFromAFile) {
+  TempFolder folder;
+  const std::string path = folder.File("references.ref");
+  ASSERT_TRUE(WriteWorkbook(path, "Contents", RefRecord(0xFF, 0) + RefRecord(0xFE, 0)));
+  ASSERT_EQ(XLCreateReference(path.c_str()), 1);
+  MEMORYFREE(&buffer_);
+  ASSERT_EQ(XLReadReference(path.c_str(), &buffer_, &size_, 1), 0);
+  ASSERT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 1);
+  ASSERT_EQ(XLRValueToTable(&buffer_, &size_, 1, {1, 1, 1, 1}, 1, 2), 0);
+  ASSERT_EQ(XLSaveReference(path.c_str(), &buffer_, &size_, 1), 0);
+  MEMORYFREE(&buffer_);
+  ASSERT_EQ(XLReadReference(path.c_str(), &buffer_, &size_, 1), 0);
+  ASSERT_EQ(XLRTextToTable(&buffer_, &size_, 1, {1, 1, 1, 1}, "abc"), 0);
+  EXPECT_EQ(Objects(), Hex(TableHeadOf(1, 1, 1, 1, 1) + CellValue(1, 1, 2) + CellText(1, "abc") + kTableEnd));
 }
 
 // Streams that this library doesn't make.

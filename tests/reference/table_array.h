@@ -38,7 +38,7 @@ class TableArray {
   void SetAll(const std::vector<uint32_t>& values) {
     void* data = nullptr;
     SafeArrayAccessData(array_, &data);
-    std::memcpy(data, values.data(), values.size() * sizeof values[0]);
+    if (!values.empty()) std::memcpy(data, values.data(), values.size() * sizeof values[0]);
     SafeArrayUnaccessData(array_);
   }
   std::vector<uint32_t> All() {

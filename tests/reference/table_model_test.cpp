@@ -176,8 +176,8 @@ std::vector<ModelBox> BoxesOf(const Bytes& content, const GridCell& sizes) {
     for (uint32_t k = 0; k < 4; index /= static_cast<uint32_t>(sizes[k++])) {
       box.at[k] = static_cast<int>(index % static_cast<uint32_t>(sizes[k]));
     }
-    const int counts[] = {p[13], p[14] + 256 * p[15], p[16]};
     for (int s = 0, axes = p[4]; s < 3 && !cell; ++s, axes /= 5) {
+      const int counts[] = {p[13], p[14] + 256 * p[15], p[16]};
       if (axes % 5 != 0) box.extents[axes % 5 - 1] = counts[s];
     }
     boxes.push_back(box);
