@@ -278,6 +278,14 @@ TEST_P(ReferenceTableTest, AnEntryThatPointsTooEarlyPassesOverTheTableThere) {
   EXPECT_EQ(Objects(), Hex(TableHeadOf(1, 2, 3, 4, 5) + CellText(1, "one") + kTableEnd));
 }
 
+TEST_P(ReferenceTableTest, ATextInFrontOfTheHeadDoesNotCountWhateverItsCell) {
+  ASSERT_EQ(PutText(1, {0, 1, 1, 1}, "number 0"), 0);
+  RepointRefEntry(buffer_, 2, kKindTable, static_cast<uint32_t>(FindRefEntry(buffer_, 1, kKindTable)));
+  EXPECT_EQ(TextOf(2, {0, 1, 1, 1}), "[-200]");
+  EXPECT_EQ(PutText(2, {0, 1, 1, 1}, "two"), 0);
+  EXPECT_EQ(TextOf(1, {0, 1, 1, 1}), "number 0");
+}
+
 TEST_P(ReferenceTableTest, WithAFullPoolNothingChanges) {
   ASSERT_EQ(PutText(1, {1, 1, 1, 1}, "abc"), 0);
   ASSERT_EQ(PutValue(1, {1, 1, 1, 1}, 1), 0);
@@ -390,6 +398,14 @@ class OddTableTest : public ReferenceTableTest {
  protected:
   void SetUp() override { RefStateTest::SetUp(); }
 
+  // The offset of the entry of an id.
+  uint32_t FindEntryOf(uint16_t id) {
+    Walk walk = StartWalk(Stream(), U32At(Stream(), kRefHeaderMark));
+    while (!IsChart(Stream(), walk.at, kLowRefEntry) || U16At(Stream(), walk.at + kRefEntryId) != id)
+      Step(&walk);
+    return walk.at;
+  }
+
   // A compacted stream whose table 1 has this content.
   void LoadTable(const Bytes& content, uint16_t d1 = 2) {
     const Bytes object = TableHeadOf(1, d1, 3, 4, 5) + content + kTableEnd;
@@ -409,6 +425,17 @@ TEST_P(OddTableTest, OfTwoRecordsTheFirstIsReadAndTheLastReplaced) {
   EXPECT_EQ(PutValue(-1, {1, 1, 1, 1}, 0), 0);
   EXPECT_EQ(Objects(), Hex(TableHeadOf(1, 2, 3, 4, 5) + CellText(1, "first") + CellValue(1, 1, 1) +
                            CellText(1, "third") + kTableEnd));
+}
+
+TEST_P(OddTableTest, TheIds0AndMinus32768Delete) {
+  for (const auto& [id, listed] : {std::pair{int16_t{0}, uint16_t{0}}, {int16_t{-32768}, uint16_t{0x8000}}}) {
+    LoadTable(CellText(1, "abc"));
+    PutU16(Stream(), 8 + kObjectId, listed);
+    PutU16(Stream(), FindEntryOf(1) + kRefEntryId, listed);
+    EXPECT_EQ(PutText(id, {1, 1, 1, 1}, "def"), 0);
+    EXPECT_EQ(TextOf(listed, {1, 1, 1, 1}), "[-200]");
+    MEMORYFREE(&buffer_);
+  }
 }
 
 TEST_P(OddTableTest, ADamagedLengthIsReadInsideTheBlock) {
