@@ -248,12 +248,12 @@ Public Declare Function XLRGetFont Lib "tolvenar.dll" (ByVal buffer As Long, ByV
     ByRef first As Integer, ByRef second As Integer, ByRef third As Integer, ByRef fourth As Integer, _
     ByVal slot As Integer) As Integer
 Public Declare Function XLRSaveProperties Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
-    ByRef array() As Any, ByVal graph As Integer) As Integer
-Public Declare Function XLRGetProperties Lib "tolvenar.dll" (ByVal buffer As Long, ByRef array() As Any, _
+    ByRef values() As Any, ByVal graph As Integer) As Integer
+Public Declare Function XLRGetProperties Lib "tolvenar.dll" (ByVal buffer As Long, ByRef values() As Any, _
     ByVal graph As Integer) As Integer
 Public Declare Function XLRSaveSelVis Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
-    ByRef array() As Any, ByVal graph As Integer, ByVal n As Integer, ByVal setArg As Integer) As Integer
-Public Declare Function XLRGetSelVis Lib "tolvenar.dll" (ByVal buffer As Long, ByRef array() As Any, _
+    ByRef values() As Any, ByVal graph As Integer, ByVal n As Integer, ByVal setArg As Integer) As Integer
+Public Declare Function XLRGetSelVis Lib "tolvenar.dll" (ByVal buffer As Long, ByRef values() As Any, _
     ByVal graph As Integer, ByVal n As Integer, ByVal setArg As Integer) As Integer
 Public Declare Function XLRDeleteProperty Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
     ByVal item As Integer, ByVal index As Integer) As Integer
@@ -266,16 +266,56 @@ Public Declare Function XLRGetSetText Lib "tolvenar.dll" (ByVal buffer As Long, 
     ByVal index As Integer, ByRef textArg As String, ByVal setArg As Integer) As Integer
 Public Declare Function XLRSaveSetInt Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
     ByVal graph As Integer, ByVal first As Integer, ByVal last As Integer, ByVal max As Integer, _
-    ByRef array() As Any, ByVal setArg As Integer) As Integer
+    ByRef values() As Any, ByVal setArg As Integer) As Integer
 Public Declare Function XLRGetSetInt Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
-    ByVal n As Integer, ByRef array() As Any, ByVal setArg As Integer) As Integer
+    ByVal n As Integer, ByRef values() As Any, ByVal setArg As Integer) As Integer
 Public Declare Function XLRSaveSetLong Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
     ByVal graph As Integer, ByVal first As Integer, ByVal last As Integer, ByVal max As Integer, _
-    ByRef array() As Any, ByVal setArg As Integer) As Integer
+    ByRef values() As Any, ByVal setArg As Integer) As Integer
 Public Declare Function XLRGetSetLong Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
-    ByVal n As Integer, ByRef array() As Any, ByVal setArg As Integer) As Integer
+    ByVal n As Integer, ByRef values() As Any, ByVal setArg As Integer) As Integer
 Public Declare Function XLRSaveTextRef Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
     ByVal graph As Integer, ByVal first As Integer, ByVal last As Integer, ByVal max As Integer, _
     ByRef firsts() As Any, ByRef seconds() As Any, ByVal setArg As Integer) As Integer
 Public Declare Function XLRGetTextRef Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graph As Integer, _
     ByVal n As Integer, ByRef firsts() As Any, ByRef seconds() As Any, ByVal setArg As Integer) As Integer
+
+' ---- What a reference holds: tables, graphs, chart edits ----
+
+Public Declare Function XLRCreateTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal d1 As Integer, ByVal d2 As Integer, ByVal d3 As Integer, ByVal d4 As Integer) As Integer
+Public Declare Function XLRDeleteTable Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer) As Integer
+Public Declare Function XLRFillTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByRef values() As Any, ByVal tableId As Integer) As Integer
+Public Declare Function XLRTextToTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal tableId As Integer, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long, _
+    ByVal textArg As String) As Integer
+Public Declare Function XLRValueToTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal tableId As Integer, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long, _
+    ByVal low As Long, ByVal high As Long) As Integer
+Public Declare Function XLRGetRefTable Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer, _
+    ByRef values() As Any) As Integer
+Public Declare Function XLRGetTableText Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer, _
+    ByRef textArg As String, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long) As Integer
+Public Declare Function XLRGetTableValue Lib "tolvenar.dll" (ByVal buffer As Long, ByVal tableId As Integer, _
+    ByRef value As Any, ByVal c1 As Long, ByVal c2 As Long, ByVal c3 As Long, ByVal c4 As Long) As Integer
+Public Declare Function XLRGetNumItems Lib "tolvenar.dll" (ByVal buffer As Long, ByVal kind As Integer) As Integer
+Public Declare Function XLRGetIndices Lib "tolvenar.dll" (ByVal buffer As Long, ByRef first() As Any, _
+    ByRef second() As Any, ByVal count As Long, ByVal kind As Long) As Integer
+Public Declare Function XLRCreateGraph Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal tableId As Integer) As Integer
+Public Declare Function XLRCreateChartEdit Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal number As Byte, ByVal id As Integer, ByVal graphId As Integer) As Integer
+Public Declare Function XLRUpdateGraph Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graphId As Integer, _
+    ByVal tableId As Integer) As Integer
+Public Declare Function XLRUpdateChartEdit Lib "tolvenar.dll" (ByVal buffer As Long, ByVal number As Integer, _
+    ByVal id As Integer, ByVal graphId As Integer) As Integer
+Public Declare Function XLRDeleteGraph Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graphId As Integer) As Integer
+Public Declare Function XLRDeleteChartEdit Lib "tolvenar.dll" (ByVal buffer As Long, ByVal number As Integer, _
+    ByVal id As Long) As Integer
+Public Declare Function XLRTableByGraph Lib "tolvenar.dll" (ByVal buffer As Long, ByVal graphId As Integer, _
+    ByVal link As Integer) As Integer
+Public Declare Function XLRGraphByChartEdit Lib "tolvenar.dll" (ByVal buffer As Long, ByVal number As Integer, _
+    ByVal id As Integer) As Integer
+Public Declare Function XLRUpdateGraphTable Lib "tolvenar.dll" (ByRef buffer As Long, ByRef size As Long, _
+    ByVal graphId As Integer, ByVal tableId As Integer, ByVal link As Integer) As Integer

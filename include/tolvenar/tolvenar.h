@@ -806,21 +806,21 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLRGetFont(uint32_t buffer, uint16_t graph, u
 /* Stores the 128 elements, 32 bits each, of an array of 1 to 128. Until the next XLRefreshReference, a reference in which a record
  * was replaced by a longer one may take one of its own jumps for the properties, on purpose: compact it first.
  * Result: as above; the graph is looked for before the array is tested. */
-TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveProperties(uint32_t* buffer, uint32_t* size, SAFEARRAY** array,
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveProperties(uint32_t* buffer, uint32_t* size, SAFEARRAY** values,
                                                      uint16_t graph);
 
 /* Gives the properties to an array of 1 to 128. Result: as above; see XLRSaveProperties for edited references. */
-TOLVENAR_API int16_t TOLVENAR_CALL XLRGetProperties(uint32_t buffer, SAFEARRAY** array, uint16_t graph);
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetProperties(uint32_t buffer, SAFEARRAY** values, uint16_t graph);
 
 /* Stores n flags from an array of 1 to n, 16 bits each, of which any but 0 is a set flag. `set` is above 0; with any other nothing
  * happens behind the checks. Result: as above; the graph is looked for before the array is tested. */
-TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSelVis(uint32_t* buffer, uint32_t* size, SAFEARRAY** array,
+TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSelVis(uint32_t* buffer, uint32_t* size, SAFEARRAY** values,
                                                  uint16_t graph, int16_t n, int16_t set);
 
 /* Gives n flags, 0 or 1, to an array of 1 to n. With a larger n than was saved, bits of what lies behind follow.
  * Result: as above. */
-TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSelVis(uint32_t buffer, SAFEARRAY** array, uint16_t graph, int16_t n,
-                                                uint16_t set);
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSelVis(uint32_t buffer, SAFEARRAY** values, uint16_t graph,
+                                                int16_t n, uint16_t set);
 
 /* Deletes an item: 1, 2, 17, 18, 19 the fonts; 4, 8, 10 the doubles; 5, 6, 7, 20 to 23 the texts; 24 the properties; and of sets
  * the single item with that index: 3, 9 ints, 15, 16 longs, 11 to 14 texts. 0 deletes all of these. Flags, links to tables, text
@@ -857,22 +857,22 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSetText(uint32_t buffer, uint16_t graph
 
 /* Stores ints. Result: as above. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSetInt(uint32_t* buffer, uint32_t* size, uint16_t graph,
-                                                 int16_t first, int16_t last, int16_t max, SAFEARRAY** array,
+                                                 int16_t first, int16_t last, int16_t max, SAFEARRAY** values,
                                                  int16_t set);
 
 /* Gives the ints of a set. Result: as above. */
-TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSetInt(uint32_t buffer, uint16_t graph, int16_t n, SAFEARRAY** array,
-                                                uint16_t set);
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSetInt(uint32_t buffer, uint16_t graph, int16_t n,
+                                                SAFEARRAY** values, uint16_t set);
 
 /* Stores longs. Result: as above. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveSetLong(uint32_t* buffer, uint32_t* size, uint16_t graph,
-                                                  int16_t first, int16_t last, int16_t max, SAFEARRAY** array,
-                                                  int16_t set);
+                                                  int16_t first, int16_t last, int16_t max,
+                                                  SAFEARRAY** values, int16_t set);
 
 /* Gives the longs of a set that are stored singly. Runs of longs don't come back, on purpose, and a run of ints of the same number
  * is read as if its items were longs. Result: as above. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRGetSetLong(uint32_t buffer, uint16_t graph, int16_t n,
-                                                 SAFEARRAY** array, uint16_t set);
+                                                 SAFEARRAY** values, uint16_t set);
 
 /* Stores text references, and takes out the texts in their place: `firsts` has the first values, `seconds` the second ones, 0 for
  * none. Each record that is written but the last leaves a block of the pool taken, on purpose: store long sets in pieces of a few
@@ -885,6 +885,109 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveTextRef(uint32_t* buffer, uint32_t* si
 /* Gives the first and second values of a set's text references. Result: as above. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRGetTextRef(uint32_t buffer, uint16_t graph, int16_t n,
                                                  SAFEARRAY** firsts, SAFEARRAY** seconds, uint16_t set);
+/* ---- What a reference holds: tables, graphs, chart edits --------------------------------------------------------------------
+ *
+ * Ids count from 1, those of tables and of graphs apart, and the lowest free one is given; above 32767 an id that is a result
+ * reads as a negative number. A call by value of the buffer changes it in place at most; a call by reference patches it, and
+ * it can move. Codes that all share:
+ *   -1    no buffer (or a null variable)
+ *   -2    the object's head was not met where the directory says; the makers: no pool block
+ *   -997  no such object in the directory, or no valid directory
+ * The makers, at the codes below, may have entered the object already; nothing is taken back:
+ *   -4    a patch failed: the buffer has been freed and *buffer is 0
+ *   -998  the new mark in front of the directory was not met again
+ *   -999  no valid directory */
+
+/* Makes a table of four dimensions; their sizes, 16 bits and signed, are not looked at. Result: its id; -1, -2, -4, -998, -999. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRCreateTable(uint32_t* buffer, uint32_t* size, uint16_t d1, uint16_t d2,
+                                                  uint16_t d3, uint16_t d4);
+
+/* Deletes a table with all that it holds. Graphs keep its id. Result: 0; -1, -2, -997. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRDeleteTable(uint32_t buffer, uint16_t tableId);
+
+/* Stores the position values of a table's cells. `values` has 4 dimensions, dimension k from 1 to Dk, and elements of 32 bits; an
+ * element of 0 is not stored. Steps of 1, 0x100 and 0x1000000 along the dimensions make it compact; of more than 255 cells along
+ * a step of 1 or 0x1000000 some are lost. A second call adds to the first.
+ * Result: 0; -1, -2, -997; -3, -4 the array's dimensions, its bounds; -8 no pool block for a copy, of 4 bytes a cell; -10 no pool
+ * block for a box, or a failed patch: some values may be stored. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRFillTable(uint32_t* buffer, uint32_t* size, SAFEARRAY** values,
+                                                uint16_t tableId);
+
+/* Stores the text of a cell; null is an empty one.
+ *   tableId    a negative one deletes the text of the cell in table -tableId; a cell without text gets it all the same
+ *   c1 to c4   the cell, from 1; the low 16 bits count, signed. Only the upper end is tested
+ * Result: 0; -1, -2, -997; -100 a coordinate above its dimension; -4 no pool block, or a text of more than 32757 bytes; -6, -5
+ * a failed patch, in place of the old text, at the table's end. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRTextToTable(uint32_t* buffer, uint32_t* size, int16_t tableId,
+                                                  uint32_t c1, uint32_t c2, uint32_t c3, uint32_t c4,
+                                                  const char* text);
+
+/* The same for the value of a cell: the two halves of 8 bytes that the library doesn't look into, such as a double.
+ * Result: as XLRTextToTable. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRValueToTable(uint32_t* buffer, uint32_t* size, int16_t tableId,
+                                                   uint32_t c1, uint32_t c2, uint32_t c3, uint32_t c4,
+                                                   uint32_t low, uint32_t high);
+
+/* Puts the stored position values into an array of the shape that XLRFillTable takes; elements without one keep what they hold.
+ * A value that was stored alone, outside a compact box, lands one place lower in each dimension, on purpose; with a coordinate
+ * of 1 it is lost. Result: 0; -1, -2, -997; -3, -4 the array's dimensions, its bounds. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetRefTable(uint32_t buffer, uint16_t tableId, SAFEARRAY** values);
+
+/* Gives the text of a cell; *text is the caller's. Result: 0; -1, -2, -997; -100 a coordinate above its dimension; -200 no text. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetTableText(uint32_t buffer, uint16_t tableId, BSTR* text, uint32_t c1,
+                                                   uint32_t c2, uint32_t c3, uint32_t c4);
+
+/* Gives the value of a cell, 8 bytes. Result: as XLRGetTableText. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetTableValue(uint32_t buffer, uint16_t tableId, void* value,
+                                                    uint32_t c1, uint32_t c2, uint32_t c3, uint32_t c4);
+
+/* Counts the objects of a kind: 1 tables, 2 graphs, 3 chart edits (those with a number above 128 left out). Result: the count;
+ * -1 no buffer, or no valid directory. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetNumItems(uint32_t buffer, int16_t kind);
+
+/* Fills two arrays, 1 to `count`, with an element for each object of a kind. The elements are not the objects' numbers and ids:
+ * all of the first array are the bytes from offset 5 of the buffer, as many as an element has, all of the second the 16 bits at
+ * its offset 6, on purpose. Result: 0; -1 no buffer; -3, -4 the dimensions, the bounds of the first array, then of the second;
+ * -1 no valid directory. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGetIndices(uint32_t buffer, SAFEARRAY** first, SAFEARRAY** second,
+                                                 uint32_t count, uint32_t kind);
+
+/* Makes a graph with its main table, which need not exist. Result: its id; -1, -2, -4, -998, -999. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRCreateGraph(uint32_t* buffer, uint32_t* size, uint16_t tableId);
+
+/* Makes a chart edit, a link from edit `number`, from 1, and an id of the caller's to a graph. Result: 0; -1, -2, -4, -998, -999. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRCreateChartEdit(uint32_t* buffer, uint32_t* size, uint8_t number,
+                                                      uint16_t id, uint16_t graphId);
+
+/* Gives a graph another main table. Result: 0; -1, -997; -5 its head was not met. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRUpdateGraph(uint32_t buffer, uint16_t graphId, uint16_t tableId);
+
+/* The three calls on chart edits find the entry of edit `number`, and from there on the first edit of the NEXT number, on purpose;
+ * a compaction leaves the entries pointing to where the edits were. */
+
+/* Binds that edit, of the same id, to another graph. Result: 0; -1, -997; -5 there is none. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRUpdateChartEdit(uint32_t buffer, uint16_t number, uint16_t id,
+                                                      uint16_t graphId);
+
+/* Deletes a graph with all that it holds. Its tables stay. Result: 0; -1, -2, -997. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRDeleteGraph(uint32_t buffer, uint16_t graphId);
+
+/* Removes the entry of edit `number`, and deletes that next edit, whatever its id. Result: 0; -1, -997; -2 there is none, but the
+ * entry is gone: so for the last edit. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRDeleteChartEdit(uint32_t buffer, uint16_t number, uint32_t id);
+
+/* The table that a graph is bound to by a link, the main one for link 0. A link that the graph doesn't have is answered by the next
+ * graph that has one of that number, on purpose. Result: the table's id; 0 no such link; -1, -2, -997. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRTableByGraph(uint32_t buffer, uint16_t graphId, uint16_t link);
+
+/* The 16 bits between the id and the graph of that edit, of the same id: the id's high byte and, above it, the graph's low byte, on
+ * purpose. Result: these; -1, -997; -2 there is none. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRGraphByChartEdit(uint32_t buffer, uint16_t number, uint16_t id);
+
+/* Binds a graph to a further table by a numbered link (1 to 255); a table of 0 removes the link. Result: 0; -1, -2, -997; -4 no
+ * pool block; -5 a failed patch. */
+TOLVENAR_API int16_t TOLVENAR_CALL XLRUpdateGraphTable(uint32_t* buffer, uint32_t* size, uint16_t graphId,
+                                                       uint16_t tableId, uint16_t link);
 
 #ifdef __cplusplus
 }

@@ -23,6 +23,8 @@ typedef struct {
   uint32_t size;
 } Workbook;
 
+void CheckReferenceTables(void);
+
 static void Require(int condition, const char* sentence, int line) {
   if (condition) return;
   fprintf(stderr, "host_c11.c:%d: %s\n", line, sentence);
@@ -498,6 +500,7 @@ int main(int argc, char** argv) {
   ChangeCells(&book);
   CheckSave(&book, copy);
   CheckNames(copy);
+  CheckReferenceTables();
   REQUIRE(DebugSaveFile(debug, 100) == 0, "the test file can't be written");
   printf("%s: every export answered as it should\n", argv[1]);
   return 0;

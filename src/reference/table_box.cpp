@@ -1,0 +1,159 @@
+// EncodeTableBox: the directions, the largest box that fits, its record.
+#include "reference/table_box.h"
+
+#include "foundation/memory_pool.h"
+#include "reference/reference_directory.h"
+#include "reference/table_grid.h"
+
+namespace tolvenar {
+
+namespace {
+
+constexpr uint32_t kValueSize = 4;  // of a position value, and of a place of the mask
+
+// What is known of a box while it is looked for.
+struct Box {
+  Block values;
+  GridStrides strides = {};  // of the whole table
+  uint32_t first = 0;        // place of the corner
+  uint32_t base = 0;         // its value
+  GridCell extents = {};     // first of the remaining array, in the end of the box
+  GridStrides steps = {};    // by which the values advance, 0 for none
+  uint32_t axes = 0;
+};
+
+uint32_t ValueAt(const Box& box, const GridCell& cell) {
+  return U32At(box.values, (box.first + PlaceOf(box.strides, cell)) * kValueSize);
+}
+
+uint32_t ExpectedAt(const Box& box, const GridCell& cell) {
+  return box.base + PlaceOf(box.steps, cell);
+}
+
+// Gives dimension k the step that its next cell shows, or a single cell.
+void FindStep(Box* box, uint32_t k) {
+  if (box->extents[k] <= 1) return;
+  GridCell next = kGridOrigin;
+  next[k] = 1;
+  const uint32_t distance = ValueAt(*box, next) - box->base;
+  for (uint32_t i = 0; i < kBoxStepCount; ++i) {
+    const bool taken = (box->axes / kBoxAxisUnits[i]) % 5 != 0;
+    if (distance != kBoxSteps[i] || taken) continue;
+    box->steps[k] = distance;
+    box->axes += (k + 1) * kBoxAxisUnits[i];
+    return;
+  }
+  box->extents[k] = 1;
+}
+
+// How far the values advance evenly along dimension k alone. No box reaches further, so the mask need not either.
+int32_t RunAlong(const Box& box, uint32_t k) {
+  GridCell cell = kGridOrigin;
+  do {
+    ++cell[k];
+  } while (cell[k] < box.extents[k] && ValueAt(box, cell) == ExpectedAt(box, cell));
+  return cell[k];
+}
+
+// Cuts the extents to those of the largest box. The mask, which has the extents as its sizes, marks the places up to which the whole box from
+// the corner fits. Of boxes of one volume the one that reaches further along the first dimensions wins.
+void TakeLargest(Box* box, const Block& mask) {
+  const GridStrides strides = StridesOf(box->extents);
+  GridCell largest = {1, 1, 1, 1};
+  int64_t volume = 1;
+  VisitPlaces(kGridOrigin, box->extents, [&](const GridCell& cell) {
+    const uint32_t place = PlaceOf(strides, cell);
+    bool fits = ValueAt(*box, cell) == ExpectedAt(*box, cell);
+    for (uint32_t k = 0; k < kGridDimensions && fits; ++k) {
+      fits = cell[k] == 0 || U32At(mask, (place - strides[k]) * kValueSize) != 0;
+    }
+    PutU32(mask, place * kValueSize, fits ? 1 : 0);
+    if (!fits) return;
+    const GridCell extents = {cell[0] + 1, cell[1] + 1, cell[2] + 1, cell[3] + 1};
+    const int64_t reached = VolumeOf(extents);
+    if (reached < volume || (reached == volume && extents < largest)) return;
+    largest = extents;
+    volume = reached;
+  });
+  box->extents = largest;
+}
+
+// A block of `bytes` bytes that holds anything: only a first byte is asked for zeroed, since the remaining array may be large and a box
+// small. It fails exactly when a block of all bytes can't be had: the smallest free slot is taken, and any that has the room is above it.
+uint32_t TakeUncleared(int32_t bytes) {
+  uint32_t first = MEMORYALLOC(1);
+  const uint32_t whole = MEMORYREALLOC(first, bytes);
+  if (whole == 0) MEMORYFREE(&first);
+  return whole;
+}
+
+// The block of the mask has room for the remaining array of `volume` cells, whether so much is needed or not.
+int16_t FitBox(Box* box, int64_t volume) {
+  const bool too_large = volume > INT32_MAX / int64_t{kValueSize};
+  uint32_t mask = too_large ? 0 : TakeUncleared(static_cast<int32_t>(volume * kValueSize));
+  if (mask == 0) return kBoxNoMask;
+  GridCell runs;
+  for (uint32_t k = 0; k < kGridDimensions; ++k) runs[k] = RunAlong(*box, k);
+  box->extents = runs;
+  TakeLargest(box, OpenBlock(mask));
+  MEMORYFREE(&mask);
+  return kBoxDone;
+}
+
+void BuildCell(const Box& box, const Block& record) {
+  PutU16(record, kRecordTypeLow, ReferenceType(kLowTableCell));
+  PutU16(record, kRecordLength, kTableCellSize - kHeaderSize);
+  PutU32(record, kTableCellNumber, box.first);
+  PutU32(record, kTableCellPosition, box.base);
+}
+
+// The counts are cut to the width of their fields.
+void BuildBlock(const Box& box, const Block& record) {
+  PutU16(record, kRecordTypeLow, ReferenceType(kLowTableBlock));
+  PutU16(record, kRecordLength, kTableBlockSize - kHeaderSize);
+  PutU8(record, kTableBlockAxes, static_cast<uint8_t>(box.axes));
+  PutU32(record, kTableBlockFirst, box.first);
+  PutU32(record, kTableBlockPosition, box.base);
+  for (uint32_t k = 0; k < kGridDimensions; ++k) {
+    const int32_t count = box.extents[k];
+    if (box.steps[k] == kBoxSteps[0]) PutU8(record, kTableBlockCountA, static_cast<uint8_t>(count));
+    if (box.steps[k] == kBoxSteps[1]) PutU16(record, kTableBlockCountB, static_cast<uint16_t>(count));
+    if (box.steps[k] == kBoxSteps[2]) PutU8(record, kTableBlockCountC, static_cast<uint8_t>(count));
+  }
+}
+
+// Writes the record and zeroes the cells of the box.
+int16_t WriteBox(const Box& box, bool alone, uint32_t* buffer, uint32_t* size, uint32_t at) {
+  const uint32_t count = alone ? kTableCellSize : kTableBlockSize;
+  uint32_t record = MEMORYALLOC(static_cast<int32_t>(count));
+  if (record == 0) return kBoxNoRecord;
+  (alone ? BuildCell : BuildBlock)(box, OpenBlock(record));
+  const int16_t patched = PatchReference(buffer, BlockBytes(record), at, count, size);
+  MEMORYFREE(&record);
+  if (patched != kPatchDone) return alone ? kBoxCellNotPatched : kBoxNotPatched;
+  VisitPlaces(kGridOrigin, box.extents, [&](const GridCell& cell) {
+    PutU32(box.values, (box.first + PlaceOf(box.strides, cell)) * kValueSize, 0);
+  });
+  return kBoxDone;
+}
+
+}  // namespace
+
+int16_t EncodeTableBox(uint32_t* buffer, uint32_t* size, uint32_t at, uint32_t values, int16_t a, int16_t b,
+                       int16_t c, int16_t d, int16_t d1, int16_t d2, int16_t d3, int16_t d4) {
+  Box box;
+  box.values = OpenBlock(values);
+  box.strides = StridesOf({d1, d2, d3, d4});
+  box.first = LinearCellIndex(a, b, c, d, d1, d2, d3, d4);
+  box.base = U32At(box.values, box.first * kValueSize);
+  box.extents = {d1 - a, d2 - b, d3 - c, d4 - d};
+  for (uint32_t k = 0; k < kGridDimensions; ++k) FindStep(&box, k);
+  const int64_t volume = VolumeOf(box.extents);
+  if (volume != 1) {
+    const int16_t fitted = FitBox(&box, volume);
+    if (fitted != kBoxDone) return fitted;
+  }
+  return WriteBox(box, volume == 1, buffer, size, at);
+}
+
+}  // namespace tolvenar
