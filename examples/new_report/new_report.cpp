@@ -9,7 +9,8 @@
 // amounts have a format of their own, through a font, a format and XFs that are looked up and so added. Numbers in new sheets have seven digits, dates no time of day;
 // docs/new-workbooks.md tells what other programs make of the results.
 //
-// Exit status: 0 all is well; 1 something could not be done, and a sentence says what.
+// Exit status: 0 all is well; 1 something could not be done, and a sentence says what; 2
+// called in another way, and the usage is shown.
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
@@ -111,7 +112,7 @@ class NewBook {
     Check(result == 0, "The new workbook has no table", result);
     const int16_t bold = XLGetFont(&buffer_, table_, &size_, "Arial", 0, 200, 700, 0, 0, 0);
     Check(bold >= 0, "The font can't be had", bold);
-    const int16_t format = XLGetFormat(&buffer_, table_, &size_, "#,##0.00 \"EUR\"");
+    const int16_t format = XLGetFormat(&buffer_, table_, &size_, "#,##0.00;[Red]-#,##0.00");
     Check(format >= 0, "The number format can't be had", format);
     const Looks looks = {XfOf(bold, 0), XfOf(0, format)};
     XLFreeHandle(&table_);
@@ -241,6 +242,11 @@ void MakeReport(int selector, const std::string& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc > 2 || (argc == 2 && argv[1][0] == '-')) {
+    std::printf(
+        "usage: new_report [FOLDER]\nMakes new_report_biff5.xls and new_report_biff8.xls in FOLDER.\n");
+    return argc == 2 && std::string(argv[1]) == "--help" ? 0 : 2;
+  }
   const std::string folder = argc > 1 ? argv[1] : ".";
   try {
     for (const int selector : {5, 8}) {

@@ -1,5 +1,5 @@
 // tolvenar-newref FILE: makes an empty ReferenceFile, the first one that a host needs before XLCreateReference. A file that exists is left
-// alone. Exit status 0; 1 the file exists or can't be written; 2 wrong use.
+// alone. Exit status 0; 1 the file exists or can't be written; 2 wrong use; --help says what is right.
 //
 //   SECTOR  CONTENT                                 The file is a compound file of version 3 with sectors of 512 bytes; sector 0
 //        -  header                                  follows the header. "Contents" has 24 bytes, and a stream that small lies in
@@ -103,13 +103,17 @@ std::FILE* OpenNew(const char* path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: tolvenar-newref FILE\n");
-    return 2;
+  const bool asks = argc == 2 && std::strcmp(argv[1], "--help") == 0;
+  if (argc != 2 || asks) {
+    std::fprintf(asks ? stdout : stderr,
+                 "usage: tolvenar-newref FILE\n"
+                 "Makes FILE, an empty file of references. One that is there already is left alone.\n");
+    return asks ? 0 : 2;
   }
   std::FILE* out = OpenNew(argv[1]);
   if (out == nullptr) {
-    std::fprintf(stderr, "%s: exists, or can't be made\n", argv[1]);
+    std::fprintf(stderr, "%s: exists, or can't be made. Name a file that isn't there, in a folder that is.\n",
+                 argv[1]);
     return 1;
   }
   const File file = MakeFile();

@@ -343,9 +343,10 @@ int main(int argc, char** argv) {
   };
   const fs::path folder = option("--out", "out");
   const fs::path references = option("--references", {});
-  if (arguments.empty()) {
-    std::fprintf(stderr, "usage: report [--out FOLDER] [--references FILE] WORKBOOK ...\n");
-    return 2;
+  const bool asks = !arguments.empty() && arguments[0] == "--help";
+  if (arguments.empty() || asks) {
+    std::fprintf(asks ? stdout : stderr, "usage: report [--out FOLDER] [--references FILE] WORKBOOK ...\n");
+    return asks ? 0 : 2;
   }
   try {
     bool good = true;

@@ -1,6 +1,6 @@
 """Runs the examples as a user would, and reads with an independent program what they wrote.
 
-    run_examples.py FIRST_HOST REPORT NEW_REPORT NEWREF FOLDER_OF_SAMPLES
+    run_examples.py FIRST_HOST REPORT NEW_REPORT NEWREF REFERENCE_TOUR FOLDER_OF_SAMPLES
 """
 import os
 import re
@@ -14,7 +14,7 @@ import unittest
 import olefile
 import xlrd
 
-FIRST_HOST, REPORT, NEW_REPORT, NEWREF, SAMPLES = sys.argv[1:6]
+FIRST_HOST, REPORT, NEW_REPORT, NEWREF, REFERENCE_TOUR, SAMPLES = sys.argv[1:7]
 SAMPLE_NAMES = ("sample_biff5.xls", "sample_biff8.xls")
 
 
@@ -105,6 +105,32 @@ class Examples(unittest.TestCase):
             sheet = xlrd.open_workbook(saved).sheet_by_index(0)
             self.assertEqual(sheet.cell_value(1, 2), 42.0)
             self.assertEqual(sheet.row_values(2)[1:5], ["South", 80.0, 1.0, 17.5])
+
+    def test_each_tells_how_it_is_called(self):
+        for program in (REPORT, NEW_REPORT, NEWREF, REFERENCE_TOUR):
+            answer = run(program, "--help")
+            self.assertEqual(answer.returncode, 0, program)
+            self.assertIn("usage: " + os.path.basename(program), answer.stdout)
+            self.assertEqual(run(program, "--no-such", "option", "at", "all").returncode, 2 if program != REPORT else 1)
+        self.assertIn("usage: first_host", run(FIRST_HOST, "--help").stdout)
+        self.assertFalse(os.path.exists("--help"))
+
+    def test_reference_tour_prints_what_it_has_saved(self):
+        store = self.path("store.ref")
+        answer = run(REFERENCE_TOUR, store)
+        self.assertEqual(answer.returncode, 1)
+        self.assertIn("tolvenar-newref " + store, answer.stderr)
+        self.assertEqual(run(NEWREF, store).returncode, 0)
+        for number in (1, 2):
+            lines = run(REFERENCE_TOUR, store).stdout.splitlines()
+            self.assertEqual(lines[0], "reference %d in %s" % (number, store))
+            self.assertIn("|   |-- text of (1,3,1,1): \"West\"", lines)
+            self.assertIn("|   `-- places: 0x01000101 in the first cell, 24 of 24 as they were stored", lines)
+            self.assertIn('    |-- text 1: "Turnover by region"', lines)
+            self.assertIn("    |-- properties: 3 first, -1 last", lines)
+            self.assertIn("    |-- flags 1: 1 1 0 0 1 0", lines)
+            self.assertIn("    |-- set of ints 1: 0 16 24 32 40 0", lines)
+            self.assertEqual(lines[-1], "    `-- text references 1: 0x00000000 0x01000101 0x01000201 0x01000301 0x00000000 0x00000000")
 
     def test_first_host_tells_by_its_status_that_there_is_no_workbook(self):
         self.assertEqual(run(FIRST_HOST, self.path("missing.xls"), self.path("saved.xls")).returncode, 1)
@@ -227,7 +253,7 @@ class Examples(unittest.TestCase):
         self.assertEqual(body.weight, 400)
         for sheet, column in ((orders, 4), (products, 1)):
             key = book.xf_list[sheet.cell_xf_index(1, column)].format_key
-            self.assertEqual((key, book.format_map[key].format_str), (254, '#,##0.00 "EUR"'))
+            self.assertEqual((key, book.format_map[key].format_str), (254, '#,##0.00;[Red]-#,##0.00'))
 
     def test_new_report_adds_two_xfs_that_an_independent_program_reads_in_full(self):
         os.mkdir(self.out)
