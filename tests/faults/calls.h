@@ -25,12 +25,13 @@ struct Ground {
   Ground(const Ground&) = delete;
   Ground& operator=(const Ground&) = delete;
 
-  std::string Path() const { return folder.File("file"); }
+  const std::string& Path() const { return path; }
 
   // Releases all that the host's variables and arrays name. What is live then and was not before is lost to it.
   void Release();
 
   TempFolder folder{"/dev/shm"};  // in memory, where there is such a place: a disk would take its time
+  const std::string path = folder.File("file");
   uint32_t buffer = 0;
   uint32_t size = 0;
   uint32_t table = 0;

@@ -1,7 +1,8 @@
 // The wrapped functions, under the names that the linker gives them: __wrap_X is what the library calls for X, __real_X is X.
 #include "faults/fault_seam.h"
 
-#include <map>
+#include <algorithm>
+#include <iterator>
 
 #include "platform/heap.h"
 #include "platform/storage.h"
@@ -24,9 +25,16 @@ bool Fails(Fault::Kind kind) {
   return true;
 }
 
-std::map<uint8_t*, uint32_t>& Slots() {
-  static auto* slots = new std::map<uint8_t*, uint32_t>;  // outlives the pool
-  return *slots;
+// Slots taken from the system. No container: nothing here may ask for memory, as that can be what is made to fail.
+struct Slot {
+  uint8_t* base;
+  uint32_t capacity;
+};
+Slot slots[200];
+
+Slot* SlotAt(const uint8_t* base) {
+  return std::find_if(std::begin(slots), std::end(slots) - 1,
+                      [&](const Slot& slot) { return slot.base == base; });
 }
 
 }  // namespace
@@ -44,7 +52,8 @@ bool Fault::fired() const {
 }
 
 int TakenSlots() {
-  return static_cast<int>(Slots().size());
+  return static_cast<int>(std::count_if(std::begin(slots), std::end(slots),
+                                        [](const Slot& slot) { return slot.base != nullptr; }));
 }
 
 }  // namespace tolvenar::testing
@@ -52,7 +61,7 @@ int TakenSlots() {
 using tolvenar::testing::Fails;
 using tolvenar::testing::Fault;
 using tolvenar::testing::kFault;
-using tolvenar::testing::Slots;
+using tolvenar::testing::SlotAt;
 
 extern "C" {
 
@@ -73,14 +82,14 @@ uint8_t* __wrap__ZN8tolvenar8platform8TakeSlotEj(uint32_t capacity);
 uint8_t* __wrap__ZN8tolvenar8platform8TakeSlotEj(uint32_t capacity) {
   if (Fails(Fault::kHeap)) return nullptr;
   uint8_t* base = __real__ZN8tolvenar8platform8TakeSlotEj(capacity);
-  if (base != nullptr) Slots()[base] = capacity;
+  if (base != nullptr) *SlotAt(nullptr) = {base, capacity};
   return base;
 }
 
 void __real__ZN8tolvenar8platform8GiveSlotEPhj(uint8_t* base, uint32_t capacity);
 void __wrap__ZN8tolvenar8platform8GiveSlotEPhj(uint8_t* base, uint32_t capacity);
 void __wrap__ZN8tolvenar8platform8GiveSlotEPhj(uint8_t* base, uint32_t capacity) {
-  Slots().erase(base);
+  *SlotAt(base) = {};
   __real__ZN8tolvenar8platform8GiveSlotEPhj(base, capacity);
 }
 
@@ -115,8 +124,9 @@ HRESULT TOLVENAR_CREATE(__wrap_)(Storage* storage, const OLECHAR* name, uint32_t
 namespace tolvenar::testing {
 
 void GiveLostSlots() {
-  const auto lost = Slots();
-  for (const auto& [base, capacity] : lost) __wrap__ZN8tolvenar8platform8GiveSlotEPhj(base, capacity);
+  for (const Slot& slot : slots) {
+    if (slot.base != nullptr) __wrap__ZN8tolvenar8platform8GiveSlotEPhj(slot.base, slot.capacity);
+  }
 }
 
 }  // namespace tolvenar::testing

@@ -83,8 +83,9 @@ void CheckResult(const Call& call, int32_t result, const Before& before, const G
   ADD_FAILURE() << result << " is no result of it here";
 }
 
-// One run on prepared ground, of whose blocks `taken` are nobody's. Returns the outcome.
-Outcome Run(const Call& call, Ground* ground, int taken, int32_t* result) {
+}  // namespace
+
+Outcome RunOnce(const Call& call, Ground* ground, int taken, int32_t* result) {
   const Before before(*ground);
   *result = call.run(*ground);
   CheckResult(call, *result, before, *ground);
@@ -95,8 +96,6 @@ Outcome Run(const Call& call, Ground* ground, int taken, int32_t* result) {
   return {call.name, *result, lost};
 }
 
-}  // namespace
-
 Outcomes RefuseEachRequest(const Call& call) {
   Outcomes outcomes;
   for (int k = 0; k < kMostRequests; ++k) {
@@ -105,7 +104,7 @@ Outcomes RefuseEachRequest(const Call& call) {
     call.prepare(ground);
     int32_t result = 0;
     const Fault fault(Fault::kPool, k);
-    outcomes.insert(Run(call, &ground, 0, &result));
+    outcomes.insert(RunOnce(call, &ground, 0, &result));
     if (fault.fired()) continue;
     EXPECT_EQ(call.done.count(result), 1u) << result;
     return outcomes;
@@ -122,7 +121,7 @@ Outcomes TakeBlocksBefore(const Call& call, bool largest) {
     call.prepare(ground);
     if (!TakeBlocks(static_cast<size_t>(taken), largest)) break;
     int32_t result = 0;
-    outcomes.insert(Run(call, &ground, taken, &result));
+    outcomes.insert(RunOnce(call, &ground, taken, &result));
   }
   return outcomes;
 }
@@ -137,13 +136,13 @@ bool RefuseEachSlot(const Call& call) {
     int32_t result = 0;
     {
       const Fault fault(Fault::kHeap, k);
-      Run(call, &ground, 0, &result);
+      RunOnce(call, &ground, 0, &result);
       if (!fault.fired()) return k == kSlotCount;
     }
     EXPECT_EQ(LiveBlocks(), 0);
     GiveLostSlots();
     ground.buffer = ground.table = 0;
-    Run(call, &ground, 0, &result);  // the next call sets the pool up
+    RunOnce(call, &ground, 0, &result);  // the next call sets the pool up
     EXPECT_EQ(call.done.count(result), 1u) << result;
   }
   return false;

@@ -13,6 +13,9 @@ namespace tolvenar::testing {
 using Outcome = std::tuple<std::string, int32_t, int>;
 using Outcomes = std::set<Outcome>;
 
+// One run on prepared ground, of whose blocks `taken` are nobody's. Stores the result of the call in *result.
+Outcome RunOnce(const Call& call, Ground* ground, int taken, int32_t* result);
+
 // Refuses the first request for a block, then the second, and so on. Returns what was seen.
 Outcomes RefuseEachRequest(const Call& call);
 
