@@ -100,7 +100,7 @@ class ManyProcesses : public ::testing::TestWithParam<int> {
 };
 
 TEST_P(ManyProcesses, SavingIntoOneFile_NeverMixTheirBytes) {
-  constexpr int kRounds = 300;
+  constexpr int kRounds = 150;
   std::set<Bytes> books;
   std::set<Bytes> files;
   for (int number = 0; number < GetParam() * kBooksEach; ++number) {
