@@ -354,12 +354,14 @@ TOLVENAR_API uint32_t TOLVENAR_CALL ChangeFormat(uint32_t buffer, uint32_t table
  *   could not be written, and where the buffer could not grow it is released and its variable is 0; 11
  *   reserved.
  * With 1 to 8 nothing has changed, but for the 3 of XLInsertRow and XLAddRow that tells of the pool. Nothing is
- * rolled back. Cells, ROW records and the formulas of the sheet itself follow; column widths, merged cells,
- * names, cells of the shared string table (LABELSST) and formulas on other sheets do not. INDEX and DBCELL go
- * stale: XLDeleteDBCells removes them. Formulas are read by BIFF5's layout in both generations, on purpose: in
- * a BIFF8 workbook references come out wrong, though no record but the formula's own is touched.
- * In either, a relative reference comes out absolute: its flags, bits 15 and 14 of the row word, go to bits 7
- * and 6, on purpose; absolute references in a BIFF5 workbook follow as one would want.
+ * rolled back. XLInsertCol and XLDeleteCol give 0 also when the pool has no room for the pieces of a run: its
+ * cells can be gone then, and a buffer that could not grow is released and its variable is 0. Cells, ROW records
+ * and the formulas of the sheet itself follow; column widths, merged cells, names, cells of the shared string
+ * table (LABELSST) and formulas on other sheets do not. INDEX and DBCELL go stale: XLDeleteDBCells removes them.
+ * Formulas are read by BIFF5's layout in both generations, on purpose: in a BIFF8 workbook references come
+ * out wrong, though no record but the formula's own is touched. In either, a relative reference comes out
+ * absolute: its flags, bits 15 and 14 of the row word, go to bits 7 and 6, on purpose; absolute references
+ * in a BIFF5 workbook follow as one would want.
  *
  *   uint32_t book = 0, size = 0, table = 0;
  *   if (XLOpenFile("report.xls", &book, &size) == 0 && XLLocateSheets(book, &table, size) == 0)

@@ -84,8 +84,40 @@ class Killed(unittest.TestCase):
             print(f"  {KILLS} kills, {start - 1} saves completed; left in the folder: {os.listdir(folder)}")
 
 
+    def test_a_creation_killed_at_any_instant_leaves_no_file_or_a_whole_workbook(self):
+        chance = random.Random(21)
+        # Where flushing is quick more calls are hit; what a kill leaves is the same everywhere.
+        with tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None) as folder:
+            source, path = os.path.join(folder, "source.xls"), os.path.join(folder, "new.xls")
+            make_workbook(source)
+            there = missing = 0
+            for _ in range(KILLS):
+                child = os.fork()
+                if child == 0:
+                    while True:
+                        with host.Workbook(source) as book:
+                            book.save(path)
+                        os.remove(path)
+                time.sleep(chance.uniform(0.0, 0.02))
+                os.kill(child, signal.SIGKILL)
+                os.waitpid(child, 0)
+                if os.path.exists(path):
+                    self.assertEqual(first_cell(path), first_cell(source))
+                    os.remove(path)
+                    there += 1
+                else:
+                    missing += 1
+            with host.Workbook(source) as book:
+                book.save(path)
+            self.assertEqual(set(os.listdir(folder)), {"source.xls", "new.xls"})
+            self.assertGreater(missing, KILLS // 20, "the kills hit no creations")
+            print(f"  {KILLS} kills: {there} times a whole workbook, {missing} times none")
+
+
 class FullDisk(unittest.TestCase):
     """A small file system of its own, filled up to a number of free kilobytes."""
+
+    FREE = range(0, 300, 4)
 
     def setUp(self):
         self.mount = tempfile.mkdtemp()
@@ -112,7 +144,7 @@ class FullDisk(unittest.TestCase):
 
     def test_an_existing_workbook_stays_whole(self):
         results = {}
-        for kilobytes in list(range(0, 300, 4)):
+        for kilobytes in self.FREE:
             self.leave_free(0)
             before = digest(self.source)
             value = first_cell(self.source)
@@ -132,7 +164,7 @@ class FullDisk(unittest.TestCase):
 
     def test_a_new_workbook_is_there_whole_or_not_at_all(self):
         results = {}
-        for kilobytes in list(range(0, 300, 4)):
+        for kilobytes in self.FREE:
             path = os.path.join(self.mount, "new.xls")
             self.leave_free(kilobytes)
             with host.Workbook(self.source) as book:

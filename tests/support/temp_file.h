@@ -15,10 +15,13 @@ namespace tolvenar::testing {
 
 class TempFolder {
  public:
-  TempFolder() {
+  // The folder is made in `base`, if there is such a folder, and otherwise where temporary files go.
+  explicit TempFolder(const std::filesystem::path& base = {}) {
+    const bool there = std::filesystem::is_directory(base);
     std::random_device random;
     do {
-      path_ = std::filesystem::temp_directory_path() / ("tolvenar_" + std::to_string(random()));
+      path_ =
+          (there ? base : std::filesystem::temp_directory_path()) / ("tolvenar_" + std::to_string(random()));
     } while (!std::filesystem::create_directory(path_));
   }
   ~TempFolder() {

@@ -165,6 +165,12 @@ HRESULT RemoveStale(const TargetFile& target) {
   return result;
 }
 
+// Removes the staged file `stage`, unless its name has gone to another.
+void UnlinkStage(const TargetFile& target, int stage) {
+  if (!NameHolds(target.folder, target.stage_name, stage)) return;
+  unlinkat(target.folder, target.stage_name.c_str(), 0);
+}
+
 // Copies what else the system holds about a file, access lists among it, as far as it lets.
 void CopyAttributes(int from, int to) {
 #if defined(__linux__)
@@ -308,13 +314,16 @@ HRESULT OpenStage(TargetFile* target) {
       return error == kStgFileNotFound ? kStgPathNotFound : error;
     }
     // Between making and locking it, somebody may take it for left over and remove it.
-    if (Lock(stage) == S_OK && NameHolds(target->folder, target->stage_name, stage)) {
+    const HRESULT locked = Lock(stage);
+    if (locked == S_OK && NameHolds(target->folder, target->stage_name, stage)) {
       if (target->file >= 0) TakeOwnerAndMode(target->file, stage);
       target->stage = stage;
       target->reserved = 0;
       return S_OK;
     }
+    if (locked == kStgLockViolation) UnlinkStage(*target, stage);
     CloseFile(&stage);
+    if (locked == kStgLockViolation) return locked;
   }
   return kStgShareViolation;
 }
@@ -341,9 +350,7 @@ HRESULT CommitStage(TargetFile* target, uint64_t size) {
 
 void DropStage(TargetFile* target) {
   if (target->stage < 0) return;
-  if (NameHolds(target->folder, target->stage_name, target->stage)) {
-    unlinkat(target->folder, target->stage_name.c_str(), 0);
-  }
+  UnlinkStage(*target, target->stage);
   CloseFile(&target->stage);
   target->reserved = 0;
 }
