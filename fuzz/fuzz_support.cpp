@@ -1,14 +1,14 @@
-// How the fuzzers open, read and build workbooks.
+// How the fuzzers open and build workbooks.
 #include "fuzz_support.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include "foundation/biff_records.h"
 #include "foundation/memory_pool.h"
 #include "foundation/record_stream.h"
+#include "support/temp_file.h"
 
 namespace tolvenar::fuzz {
 
@@ -18,69 +18,7 @@ using testing::StreamBuilder;
 
 namespace {
 
-constexpr int16_t kSheetsRead = 4;
-constexpr ULONG kRecordsListed = 64;
 constexpr uint16_t kTypeWindow2 = 0x023E;
-
-// An array of the fuzzers' size that is given back at the end of its block.
-class Cells {
- public:
-  explicit Cells(VARTYPE type) {
-    SAFEARRAYBOUND bounds[2] = {{kRows, 1}, {kColumns, 1}};
-    array_ = SafeArrayCreate(type, 2, bounds);
-  }
-  Cells(VARTYPE type, ULONG count) : array_(SafeArrayCreateVector(type, 1, count)) {}
-  Cells(const Cells&) = delete;
-  Cells& operator=(const Cells&) = delete;
-  ~Cells() { SafeArrayDestroy(array_); }
-  SAFEARRAY** get() { return &array_; }
-
- private:
-  SAFEARRAY* array_;
-};
-
-void ReadCatalogue(const Book& book) {
-  Cells offsets(VT_I4, kRecordsListed), types(VT_I2, kRecordsListed), images(VT_BSTR, kRecordsListed),
-      lengths(VT_I2, kRecordsListed);
-  int32_t count = 0;
-  XLGetList(book.buffer, static_cast<int32_t>(book.size), &count, offsets.get(), types.get(), images.get(),
-            lengths.get());
-  XLGetNumVers(book.buffer, book.table);
-  XLNumStrBucket(book.buffer, book.table);
-  XLNumStrExt(book.buffer, book.table);
-}
-
-void ReadSheet(const Book& book, int16_t sheet) {
-  uint16_t range[4] = {};
-  BSTR name = nullptr;
-  XLGetNameSheet(book.buffer, book.table, sheet, &name);
-  SysFreeString(name);
-  XLGetSheetParam(book.buffer, book.table, sheet, 0, 0, 0, 0);
-  XLGetSheetSize(book.buffer, book.table, sheet, &range[0], &range[1], &range[2], &range[3]);
-  for (VARTYPE type : {VT_VARIANT, VT_BSTR, VT_R8}) {
-    Cells values(type);
-    XLGetVariantData(values.get(), book.buffer, book.table, sheet);
-  }
-  for (VARTYPE type : {VT_I2, VT_I4, VT_VARIANT}) {
-    Cells formats(type);
-    XLGetCellData(formats.get(), book.buffer, book.table, sheet);
-  }
-}
-
-void AddValue(SAFEARRAY* cells, LONG row, LONG column, Bytes* to) {
-  LONG index[2] = {row, column};
-  VARIANT value;
-  VariantInit(&value);
-  SafeArrayGetElement(cells, index, &value);
-  Bytes bytes = testing::U16(value.vt);
-  if (value.vt == VT_BSTR && value.bstrVal != nullptr) {
-    const auto* text = reinterpret_cast<const uint8_t*>(value.bstrVal);
-    bytes.insert(bytes.end(), text, text + SysStringByteLen(value.bstrVal));
-  }
-  if (value.vt == VT_R8) bytes = bytes + testing::F64(value.dblVal);
-  VariantClear(&value);
-  *to = *to + bytes;
-}
 
 Bytes ChosenText(Choices* choices) {
   Bytes text(choices->Below(20));
@@ -123,12 +61,20 @@ uint16_t AddCell(StreamBuilder* builder, Choices* choices, uint8_t version, uint
   }
 }
 
+constexpr size_t kHalfUnit = 4;
+const Bytes kBufEnd = {0xF8, 0xFE, 0, 0};
+
 }  // namespace
 
 void Require(bool condition, const char* what_ought_to_be) {
   if (condition) return;
   std::fprintf(stderr, "This ought to be so, and is not: %s\n", what_ought_to_be);
   std::abort();
+}
+
+uint32_t LiveBlocks() {
+  uint32_t bytes = 0;
+  return ::MEMORYHANDLES(&bytes, 0);
 }
 
 Book OpenStream(const Bytes& stream) {
@@ -142,21 +88,25 @@ Book OpenStream(const Bytes& stream) {
   return book;
 }
 
-void ReadEverything(const Book& book) {
-  ReadCatalogue(book);
-  for (int16_t sheet = 0; sheet <= kSheetsRead; ++sheet) ReadSheet(book, sheet);
+Bytes Choices::Take(size_t count) {
+  const size_t taken = std::min(count, size_ - std::min(at_, size_));
+  const Bytes bytes(data_ + at_, data_ + at_ + taken);
+  at_ += taken;
+  return bytes;
 }
 
-Bytes AllValues(const Book& book) {
-  Bytes values;
-  for (int16_t sheet = 1; sheet <= ::XLGetNumSheets(book.table); ++sheet) {
-    Cells cells(VT_VARIANT);
-    const int16_t result = ::XLGetVariantData(cells.get(), book.buffer, book.table, sheet);
-    values = values + testing::U16(static_cast<uint16_t>(result));
-    for (LONG i = 0; i < LONG{kRows} * kColumns; ++i)
-      AddValue(*cells.get(), i / kColumns + 1, i % kColumns + 1, &values);
-  }
-  return values;
+Halves SplitInput(const uint8_t* data, size_t size) {
+  if (size == 0) return {{}, kBufEnd};
+  Choices input(data, size);
+  const size_t first = input.Byte() * kHalfUnit;
+  Bytes choices = input.Take(first);
+  return {choices, input.Rest() + kBufEnd};
+}
+
+Bytes JoinInput(Bytes choices, const Bytes& stream) {
+  const size_t units = std::min<size_t>((choices.size() + kHalfUnit - 1) / kHalfUnit, UINT8_MAX);
+  choices.resize(units * kHalfUnit);
+  return Bytes{static_cast<uint8_t>(units)} + choices + stream;
 }
 
 Bytes ComparableStream(const Book& book) {
@@ -191,6 +141,11 @@ Bytes StreamOf(Choices* choices) {
     builder.Record(kTypeWindow2, Bytes(10)).Eof();
   }
   return builder.BufEnd().Stream();
+}
+
+std::string ScratchPath(const char* name) {
+  static const testing::TempFolder folder;
+  return folder.File(name);
 }
 
 }  // namespace tolvenar::fuzz

@@ -1,9 +1,9 @@
 // Any bytes at all as a workbook's stream: whatever they are, locating the sheets and every reader come to an
 // end, stay inside the block, and give back the pool blocks that they took. Then the same after a refresh.
-#include "foundation/memory_pool.h"
-#include "fuzz_support.h"
+#include "reading.h"
 
 using tolvenar::fuzz::Book;
+using tolvenar::fuzz::LiveBlocks;
 using tolvenar::fuzz::Require;
 using tolvenar::testing::Bytes;
 using tolvenar::testing::operator+;
@@ -11,11 +11,6 @@ using tolvenar::testing::operator+;
 namespace {
 
 constexpr int32_t kColumnsEitherSide = 65536;
-
-uint32_t LiveBlocks() {
-  uint32_t bytes = 0;
-  return ::MEMORYHANDLES(&bytes, 0);
-}
 
 // With a stride of 0 a matrix of one row, reaching as far to both sides as a column can, covers every cell
 // that any stream can hold.
@@ -41,5 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   ::XLDeleteDBCells(book.buffer, book.size);
   if (::XLRefreshHandles(&book.buffer, book.table, &book.size) == 0) tolvenar::fuzz::ReadEverything(book);
   Require(LiveBlocks() == 2, "a refresh gives back what it took");
+  const uint32_t left = tolvenar::fuzz::ReadStyles(book);
+  Require(LiveBlocks() == 2 + left, "no more blocks stay live than are named");
   return 0;
 }
