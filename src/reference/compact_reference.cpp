@@ -2,6 +2,7 @@
 #include "reference/compact_reference.h"
 
 #include "foundation/memory_pool.h"
+#include "reference/entry_index.h"
 #include "reference/reference_directory.h"
 
 namespace tolvenar {
@@ -13,6 +14,8 @@ struct Copy {
   Block from;
   Block to;
   int32_t written = 0;
+  EntryIndex index;
+  bool indexed = false;
 };
 
 bool HasRoom(const Copy& copy) {
@@ -29,17 +32,26 @@ void KeepRecord(Copy* copy, uint32_t at) {
   copy->written += count;
 }
 
+// Tells the entry of the object whose head is laid down now, where that is.
+void RepointObject(Copy* copy, uint16_t id, uint16_t kind_word) {
+  const uint32_t written = static_cast<uint32_t>(copy->written);
+  if (copy->indexed) {
+    RepointIndexed(copy->index, copy->from, id, kind_word, written);
+  } else {
+    RepointRefEntry(copy->buffer, id, kind_word, written);
+  }
+}
+
 // Handles a record that is neither a patch record nor the end.
 void HandleRecord(Copy* copy, uint32_t at) {
   const Block& from = copy->from;
-  const uint32_t written = static_cast<uint32_t>(copy->written);
   if (IsChart(from, at, kLowRefMark)) {
     if (IsFollowedBy10DB(copy->buffer, at) == 0) return;
-    PutU32(copy->to, kRefHeaderMark, written);
+    PutU32(copy->to, kRefHeaderMark, static_cast<uint32_t>(copy->written));
   } else if (IsChart(from, at, kLowTableHead)) {
-    RepointRefEntry(copy->buffer, U16At(from, at + kObjectId), kKindTable, written);
+    RepointObject(copy, U16At(from, at + kObjectId), kKindTable);
   } else if (IsChart(from, at, kLowGraphHead)) {
-    RepointRefEntry(copy->buffer, U16At(from, at + kObjectId), kKindGraph, written);
+    RepointObject(copy, U16At(from, at + kObjectId), kKindGraph);
   }
   KeepRecord(copy, at);
 }
@@ -68,7 +80,11 @@ int16_t CompactReference(uint32_t* buffer, uint32_t* size) {
   // A size of 2 GiB or more would be a negative one to the pool, which fits every slot.
   uint32_t block = *size > INT32_MAX ? 0 : MEMORYALLOC(static_cast<int32_t>(*size));
   if (block == 0) return kReferenceNoBlock;
-  Copy copy{*buffer, OpenBlock(*buffer), OpenBlock(block)};
+  Copy copy;
+  copy.buffer = *buffer;
+  copy.from = OpenBlock(*buffer);
+  copy.to = OpenBlock(block);
+  copy.indexed = MakeEntryIndex(*buffer, &copy.index);
   const bool copied = CopyRecords(&copy, *size == 0 ? 0 : *size - 1) && copy.written > 0;
   const int32_t cut_size = copy.written + static_cast<int32_t>(kBufEndSize);
   const uint32_t cut = copied ? MEMORYREALLOC(block, cut_size) : 0;
