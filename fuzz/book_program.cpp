@@ -150,6 +150,21 @@ void AppendValueSheet(Program* p) {
                          cells.xfs.data());
 }
 
+// The same from arrays. Of numbers: texts that an array gives are copied, and the copies are not released, on purpose.
+void AppendArraySheet(Program* p) {
+  const Text name(p->choices);
+  SAFEARRAY* cells = SafeArrayCreateVector(VT_VARIANT, 0, NewCells::kCells);
+  SAFEARRAY* xfs = SafeArrayCreateVector(VT_I2, 0, NewCells::kCells);
+  VARIANT number = {};
+  number.vt = VT_I2;
+  number.iVal = static_cast<int16_t>(p->choices->Word());
+  for (LONG i = 0; i < 9; ++i) SafeArrayPutElement(cells, &i, &number);
+  const int16_t cols = p->Count(), rows = p->Count();
+  ::XLAppendVariantSheetVB(p->buffer(), p->size(), name.get(), cols, rows, &cells, &xfs);
+  SafeArrayDestroy(cells);
+  SafeArrayDestroy(xfs);
+}
+
 // One stage of a staged sheet, in whatever order the choices ask for them.
 void StageSheet(Program* p) {
   const Text name(p->choices);
@@ -193,7 +208,11 @@ void AddBufEnd(Program* p) {
 
 void LocateAnew(Program* p) {
   ::XLFreeHandle(&p->book->table);
-  ::XLLocateSheets(p->book->buffer, &p->book->table, p->book->size);
+  if (p->choices->Byte() % 4 == 0) {
+    ::XLEmptyBookLocateSheets(p->book->buffer, &p->book->table, static_cast<int32_t>(p->book->size));
+  } else {
+    ::XLLocateSheets(p->book->buffer, &p->book->table, p->book->size);
+  }
 }
 
 void Refresh(Program* p) {
@@ -238,6 +257,7 @@ constexpr void (*kCalls[])(Program*) = {ChangeValue,
                                         AppendEmptySheet,
                                         AppendTextSheet,
                                         AppendValueSheet,
+                                        AppendArraySheet,
                                         StageSheet,
                                         StageSheet,
                                         AddBufEnd,
