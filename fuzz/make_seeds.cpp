@@ -150,6 +150,9 @@ int main(int argc, char** argv) {
   Write(any / "styles_biff5.bin", Styles(5));
   Write(any / "styles_biff8.bin", Styles(6));
   WriteChoices(argv[1]);
+  // Two sheets from arrays: the call's number, an empty name, a number, rows and columns.
+  Write(std::filesystem::path(argv[1]) / "random_program" / "array_sheets.bin",
+        JoinInput(Bytes{15, 0, 7, 0, 3, 3, 15, 0, 7, 0, 2, 4}, AllCells(6)));
   for (const uint8_t version : {uint8_t{5}, uint8_t{6}}) {
     const std::string name = "program_biff" + std::to_string(version == 6 ? 8 : 5) + ".bin";
     const std::filesystem::path programs = std::filesystem::path(argv[1]) / "random_program";
