@@ -1,8 +1,9 @@
 // A property: after any run of edits, a refresh changes neither the stream that a walk meets nor a value that
 // a reader gives, and leaves no patch behind. The input says what the workbook holds and which cells are
 // edited how.
+#include "book_program.h"
 #include "foundation/biff_records.h"
-#include "fuzz_support.h"
+#include "reading.h"
 
 using tolvenar::fuzz::Book;
 using tolvenar::fuzz::Choices;
@@ -12,52 +13,15 @@ using tolvenar::testing::operator+;
 
 namespace {
 
-VARIANT ChosenValue(Choices* choices) {
-  static constexpr OLECHAR kText[] = u"a text that is longer than most";
-  VARIANT value;
-  VariantInit(&value);
-  const uint8_t kind = choices->Byte();
-  switch (kind % 5) {
-    case 0:
-      value.vt = VT_R8;
-      value.dblVal = choices->Word();
-      break;
-    case 1:
-      value.vt = VT_I2;
-      value.iVal = static_cast<int16_t>(choices->Word());
-      break;
-    case 2:
-      value.vt = VT_BSTR;
-      value.bstrVal = SysAllocStringLen(kText, 1 + choices->Below(30));
-      break;
-    case 3:
-      value.vt = VT_NULL;
-      break;
-    default:
-      break;  // VT_EMPTY
-  }
-  if (kind == 255) value.vt = VT_I8;  // a type that removes the cell
-  return value;
-}
-
 void EditOnce(Book* book, Choices* choices) {
   const auto sheet = static_cast<int16_t>(choices->Below(4));
   const auto row = static_cast<int16_t>(choices->Below(tolvenar::fuzz::kRows + 2));
   const auto column = static_cast<int16_t>(choices->Below(tolvenar::fuzz::kColumns + 2));
-  const uint8_t kind = choices->Byte();
-  if (kind % 3 == 0) {
+  if (choices->Byte() % 3 == 0) {
     XLChangeCellXF(&book->buffer, book->table, &book->size, sheet, row, column, choices->Word());
     return;
   }
-  if (kind % 16 == 1) {
-    tolvenar::fuzz::LookUp(book, choices);
-    return;
-  }
-  if (kind % 16 == 2) {
-    tolvenar::fuzz::ChangeSize(book, choices, sheet, kind < 128 ? row : column);
-    return;
-  }
-  VARIANT value = ChosenValue(choices);
+  VARIANT value = tolvenar::fuzz::ChosenValue(choices);
   XLChangeCellValue(&book->buffer, book->table, &book->size, sheet, row, column, &value);
   VariantClear(&value);
 }

@@ -1,14 +1,14 @@
-// How the fuzzers open, read and build workbooks.
+// How the fuzzers open and build workbooks.
 #include "fuzz_support.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include "foundation/biff_records.h"
 #include "foundation/memory_pool.h"
 #include "foundation/record_stream.h"
+#include "support/temp_file.h"
 
 namespace tolvenar::fuzz {
 
@@ -18,147 +18,7 @@ using testing::StreamBuilder;
 
 namespace {
 
-constexpr int16_t kSheetsRead = 4;
-constexpr ULONG kRecordsListed = 64;
-constexpr int16_t kChartsRead = 2;
-constexpr ULONG kProperties = 21;
-constexpr int16_t kSeriesRead = 3;
-constexpr int16_t kUnbalanced = 100;
-constexpr int16_t kItemsNotOneDimension = 4;
-constexpr int16_t kItemsArrayDoesNotFit = 5;
-constexpr int16_t kItemsNoBlock = 8;
 constexpr uint16_t kTypeWindow2 = 0x023E;
-
-// An array of the fuzzers' size that is given back at the end of its block.
-class Cells {
- public:
-  explicit Cells(VARTYPE type) {
-    SAFEARRAYBOUND bounds[2] = {{kRows, 1}, {kColumns, 1}};
-    array_ = SafeArrayCreate(type, 2, bounds);
-  }
-  Cells(VARTYPE type, ULONG count) : array_(SafeArrayCreateVector(type, 1, count)) {}
-  Cells(VARTYPE type, SAFEARRAYBOUND bound) : array_(SafeArrayCreate(type, 1, &bound)) {}
-  Cells(const Cells&) = delete;
-  Cells& operator=(const Cells&) = delete;
-  ~Cells() { SafeArrayDestroy(array_); }
-  SAFEARRAY** get() { return &array_; }
-
- private:
-  SAFEARRAY* array_;
-};
-
-// What a decoder makes of an item block, whatever it holds.
-void DecodeItem(uint32_t item) {
-  static constexpr int16_t(TOLVENAR_CALL * kDecoders[])(uint32_t) = {
-      XLFontSize, XLFontColor, XLFontBoldness, XLFontItalic,   XLFontStrikeOut, XLFontUnderline, XLXFFont,
-      XLXFFormat, XLXFLocked,  XLXFHidden,     XLXFHAlignment, XLXFVAlignment,  XLXFRotation};
-  for (const auto decoder : kDecoders) decoder(item);
-  uint16_t out[6];
-  XLXFBorderStyle(item, &out[0], &out[1], &out[2], &out[3], &out[4]);
-  XLXFColors(item, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5]);
-  for (const auto decoder : {XLFontName, XLFormatString}) {
-    BSTR text = nullptr;
-    decoder(item, &text);
-    SysFreeString(text);
-  }
-}
-
-// The item blocks are the caller's. Where there are more XFs than blocks, the list of formats stays behind as well.
-void ReadStyles(const Book& book) {
-  for (int16_t kind = 0; kind <= 3; ++kind) {
-    const uint16_t count = XLGetNumFormatItems(book.buffer, book.table, kind);
-    Cells items(VT_I4, SAFEARRAYBOUND{count, 0});
-    uint32_t list = NextBlock(2 * XLGetNumFormatItems(book.buffer, book.table, 2));
-    const int16_t result = XLGetFormatData(items.get(), book.buffer, book.table, kind);
-    Require(result != kItemsNotOneDimension && result != kItemsArrayDoesNotFit,
-            "an array of as many items fits");
-    if (kind == 3) XLGetColorData(items.get(), book.buffer, book.table);
-    for (LONG i = 0; i < LONG{count} && kind < 3; ++i) {
-      uint32_t item = 0;
-      SafeArrayGetElement(*items.get(), &i, &item);
-      if (MEMORYISHANDLE(item) == 0) continue;
-      DecodeItem(item);
-      MEMORYFREE(&item);
-    }
-    if (kind == 0 && result == kItemsNoBlock) MEMORYFREE(&list);
-  }
-  Cells palette(VT_I4, SAFEARRAYBOUND{56, 0});
-  XLGetStandardPalette(palette.get());
-}
-
-void ReadCatalogue(const Book& book) {
-  Cells offsets(VT_I4, kRecordsListed), types(VT_I2, kRecordsListed), images(VT_BSTR, kRecordsListed),
-      lengths(VT_I2, kRecordsListed);
-  int32_t count = 0;
-  XLGetList(book.buffer, static_cast<int32_t>(book.size), &count, offsets.get(), types.get(), images.get(),
-            lengths.get());
-  XLGetNumVers(book.buffer, book.table);
-  XLNumStrBucket(book.buffer, book.table);
-  XLNumStrExt(book.buffer, book.table);
-  ReadStyles(book);
-}
-
-void ReadSizes(const Book& book, int16_t sheet, const uint16_t range[4]) {
-  for (const uint16_t last : {range[1], range[3]}) {
-    const SAFEARRAYBOUND bound = {last, 1};
-    Cells sizes(VT_I2, bound);
-    XLGetRowHeight(sizes.get(), book.buffer, book.table, sheet);
-    XLGetColWidth(sizes.get(), book.buffer, book.table, sheet);
-  }
-  XLGetMagnification(book.buffer, book.table, sheet);
-}
-
-void ReadSheet(const Book& book, int16_t sheet) {
-  uint16_t range[4] = {};
-  BSTR name = nullptr;
-  XLGetNameSheet(book.buffer, book.table, sheet, &name);
-  SysFreeString(name);
-  XLGetSheetParam(book.buffer, book.table, sheet, 0, 0, 0, 0);
-  XLGetSheetSize(book.buffer, book.table, sheet, &range[0], &range[1], &range[2], &range[3]);
-  ReadSizes(book, sheet, range);
-  for (VARTYPE type : {VT_VARIANT, VT_BSTR, VT_R8}) {
-    Cells values(type);
-    XLGetVariantData(values.get(), book.buffer, book.table, sheet);
-  }
-  for (VARTYPE type : {VT_I2, VT_I4, VT_VARIANT}) {
-    Cells formats(type);
-    XLGetCellData(formats.get(), book.buffer, book.table, sheet);
-  }
-}
-
-uint32_t ReadChart(const Book& book, int16_t sheet, int16_t chart) {
-  Cells cells(VT_I4), properties(VT_I4, kProperties), names(VT_BSTR, kSeriesRead);
-  Cells references(VT_I4, kSeriesRead), groups(VT_I4, kSeriesRead), colours(VT_I4, kSeriesRead);
-  BSTR texts[3] = {};
-  uint16_t fonts[2] = {};
-  uint32_t colour = 0;
-  uint32_t left = 0;
-  for (const int16_t result : {XLGetGraphData(cells.get(), book.buffer, book.table, sheet, chart),
-                               XLGetChartData(properties.get(), book.buffer, book.table, sheet, chart)}) {
-    left += result == kUnbalanced ? 1 : 0;
-  }
-  XLGetSetData(book.buffer, book.table, sheet, chart, names.get(), references.get(), names.get(),
-               groups.get(), colours.get(), kSeriesRead, kSeriesRead);
-  XLGetTitleData(book.buffer, book.table, sheet, chart, &texts[0], &texts[1], &texts[2], &fonts[0], &fonts[1],
-                 &colour);
-  for (const BSTR text : texts) SysFreeString(text);
-  return left;
-}
-
-void AddValue(SAFEARRAY* cells, LONG row, LONG column, Bytes* to) {
-  LONG index[2] = {row, column};
-  VARIANT value;
-  VariantInit(&value);
-  SafeArrayGetElement(cells, index, &value);
-  Bytes bytes = testing::U16(value.vt);
-  if (value.vt == VT_BSTR && value.bstrVal != nullptr) {
-    const auto* text = reinterpret_cast<const uint8_t*>(value.bstrVal);
-    bytes.insert(bytes.end(), text, text + SysStringByteLen(value.bstrVal));
-  }
-  if (value.vt == VT_R8) bytes = bytes + testing::F64(value.dblVal);
-  VariantClear(&value);
-  *to = *to + bytes;
-}
 
 Bytes ChosenText(Choices* choices) {
   Bytes text(choices->Below(20));
@@ -201,12 +61,20 @@ uint16_t AddCell(StreamBuilder* builder, Choices* choices, uint8_t version, uint
   }
 }
 
+constexpr size_t kHalfUnit = 4;
+const Bytes kBufEnd = {0xF8, 0xFE, 0, 0};
+
 }  // namespace
 
 void Require(bool condition, const char* what_ought_to_be) {
   if (condition) return;
   std::fprintf(stderr, "This ought to be so, and is not: %s\n", what_ought_to_be);
   std::abort();
+}
+
+uint32_t LiveBlocks() {
+  uint32_t bytes = 0;
+  return ::MEMORYHANDLES(&bytes, 0);
 }
 
 Book OpenStream(const Bytes& stream) {
@@ -220,69 +88,25 @@ Book OpenStream(const Bytes& stream) {
   return book;
 }
 
-uint32_t NextBlock(int32_t size) {
-  uint32_t block = MEMORYALLOC(size);
-  const uint32_t handle = block;
-  MEMORYFREE(&block);
-  return handle;
+Bytes Choices::Take(size_t count) {
+  const size_t taken = std::min(count, size_ - std::min(at_, size_));
+  const Bytes bytes(data_ + at_, data_ + at_ + taken);
+  at_ += taken;
+  return bytes;
 }
 
-int16_t LookUp(Book* book, Choices* choices) {
-  static constexpr const char* kTexts[] = {"0.0", "Arial", "", "a text that is longer than most"};
-  const char* text = kTexts[choices->Below(4)];
-  const uint16_t flags = choices->Byte();
-  const auto font = static_cast<int16_t>(choices->Below(8));
-  switch (choices->Below(4)) {
-    case 0:
-      return XLGetFont(&book->buffer, book->table, &book->size, text, font, 200, 400, flags & 3, 0,
-                       flags >> 7);
-    case 1:
-      return XLGetFormat(&book->buffer, book->table, &book->size, text);
-    case 2:
-      return XLGetXFInd(&book->buffer, book->table, &book->size, static_cast<uint16_t>(choices->Below(8)), 0,
-                        flags & 3, flags >> 7, font, 2, 0, 7);
-    default:
-      return XLGetXFIndFull(&book->buffer, book->table, &book->size, font, 0, flags & 1, flags >> 7, 0, 2, 0,
-                            1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-  }
+Halves SplitInput(const uint8_t* data, size_t size) {
+  if (size == 0) return {{}, kBufEnd};
+  Choices input(data, size);
+  const size_t first = input.Byte() * kHalfUnit;
+  Bytes choices = input.Take(first);
+  return {choices, input.Rest() + kBufEnd};
 }
 
-int16_t ChangeSize(Book* book, Choices* choices, int16_t sheet, int16_t position) {
-  const uint16_t size = choices->Word();
-  if (choices->Byte() % 2 == 0)
-    return XLChangeRowHeight(&book->buffer, book->table, &book->size, sheet, position, size);
-  constexpr int16_t kNoColInfo = -20;
-  constexpr int32_t kColInfoSize = 15;
-  uint32_t left = NextBlock(kColInfoSize);
-  const int16_t result = XLChangeColWidth(&book->buffer, book->table, &book->size, sheet, position, size);
-  if (result == kNoColInfo) MEMORYFREE(&left);
-  return result;
-}
-
-void ReadEverything(const Book& book) {
-  ReadCatalogue(book);
-  for (int16_t sheet = 0; sheet <= kSheetsRead; ++sheet) ReadSheet(book, sheet);
-}
-
-uint32_t ReadCharts(const Book& book) {
-  uint32_t left = 0;
-  for (int16_t sheet = 0; sheet <= kSheetsRead; ++sheet) {
-    XLGetNumCharts(book.buffer, book.table, sheet);
-    for (int16_t chart = 1; chart <= kChartsRead; ++chart) left += ReadChart(book, sheet, chart);
-  }
-  return left;
-}
-
-Bytes AllValues(const Book& book) {
-  Bytes values;
-  for (int16_t sheet = 1; sheet <= ::XLGetNumSheets(book.table); ++sheet) {
-    Cells cells(VT_VARIANT);
-    const int16_t result = ::XLGetVariantData(cells.get(), book.buffer, book.table, sheet);
-    values = values + testing::U16(static_cast<uint16_t>(result));
-    for (LONG i = 0; i < LONG{kRows} * kColumns; ++i)
-      AddValue(*cells.get(), i / kColumns + 1, i % kColumns + 1, &values);
-  }
-  return values;
+Bytes JoinInput(Bytes choices, const Bytes& stream) {
+  const size_t units = std::min<size_t>((choices.size() + kHalfUnit - 1) / kHalfUnit, UINT8_MAX);
+  choices.resize(units * kHalfUnit);
+  return Bytes{static_cast<uint8_t>(units)} + choices + stream;
 }
 
 Bytes ComparableStream(const Book& book) {
@@ -295,29 +119,16 @@ Bytes ComparableStream(const Book& book) {
   return stream;
 }
 
-void AddStyles(StreamBuilder* builder) {
-  builder->Record(0x0031,
-                  testing::U16(200) + Bytes{0, 0, 8, 0} + testing::U16(400) + Bytes(8) + Bytes{1, 'A'});
-  builder->Record(0x041E, testing::U16(164) + Bytes{3, '0', '.', '0'});
-  builder->Record(0x00E0, Bytes(16)).Record(0x0043, Bytes(12)).Record(0x0293, Bytes(4));
-  builder->Record(0x0092, testing::U16(2) + Bytes(8));
-}
-
 Bytes StreamOf(Choices* choices) {
   static constexpr const char* kNames[] = {"One", "Two", "Three"};
   StreamBuilder builder;
   const uint32_t sheets = 1 + choices->Below(3);
   const uint8_t version = choices->Byte() % 2 == 0 ? kBiff8 : kBiff5;
   builder.Bof(version);
-  AddStyles(&builder);
   for (uint32_t i = 0; i < sheets; ++i) builder.Sheet(kNames[i]);
   builder.Eof();
   for (uint32_t i = 0; i < sheets; ++i) {
-    builder.Bof(version, testing::kWorksheet)
-        .Record(0x0225, Bytes{0, 0, 0xFF, 0})
-        .Record(0x0055, Bytes{8, 0});
-    builder.Record(0x007D, testing::U16(1) + testing::U16(1) + testing::U16(2560) + Bytes(5));
-    builder.Dimensions(0, kRows, 0, kColumns);
+    builder.Bof(version, testing::kWorksheet).Dimensions(0, kRows, 0, kColumns);
     for (uint16_t row = 0; row < kRows; ++row) {
       const uint8_t kind = choices->Byte();
       if (kind % 4 != 3) builder.Row(row);
@@ -330,6 +141,11 @@ Bytes StreamOf(Choices* choices) {
     builder.Record(kTypeWindow2, Bytes(10)).Eof();
   }
   return builder.BufEnd().Stream();
+}
+
+std::string ScratchPath(const char* name) {
+  static const testing::TempFolder folder;
+  return folder.File(name);
 }
 
 }  // namespace tolvenar::fuzz

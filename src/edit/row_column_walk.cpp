@@ -1,15 +1,14 @@
 // Rows and columns: the walk and the changes to single records. The rules stand in row_column_walk.h.
 #include "edit/row_column_walk.h"
 
+#include <algorithm>
+
 #include "edit/find_cell.h"
 #include "workbook/biff_version.h"
 
 namespace tolvenar {
 
 namespace {
-
-// At most so many splits can fail in one sheet: a run of each row holds the column.
-constexpr uint32_t kMaxRestarts = 0x10000;
 
 constexpr struct {
   uint8_t low;
@@ -36,10 +35,13 @@ void GoOnBehindSplit(EditWalk* edit, uint32_t buffer, int32_t place) {
   walk.block = OpenBlock(buffer);
   if (place != 0) {
     walk.at = static_cast<uint32_t>(place);
-  } else if (ShapeOfCell(walk.block, run) != CellShape::kNoCell || edit->restarts == kMaxRestarts) {
+    return;
+  }
+  const uint64_t steps = walk.block.extent / kHeaderSize - walk.stepsLeft + 1;  // of the round that ends here
+  edit->stepsLeft -= std::min(edit->stepsLeft, steps);
+  if (ShapeOfCell(walk.block, run) != CellShape::kNoCell || edit->stepsLeft == 0) {
     walk.ended = true;
   } else {
-    ++edit->restarts;
     walk = StartWalk(walk.block, 0);
   }
 }

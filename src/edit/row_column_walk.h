@@ -21,6 +21,7 @@
 #include <cstdint>
 
 #include "edit/formula_adjustment.h"
+#include "foundation/memory_pool.h"
 #include "query/extent_walk.h"
 
 namespace tolvenar {
@@ -29,11 +30,17 @@ struct EditWalk {
   Walk walk;
   uint32_t end = 0;
   int32_t depth = 0;
-  uint32_t restarts = 0;
+  uint64_t stepsLeft = 0;  // of all rounds
 };
 
+// At failed splits a walk starts anew. All its rounds together make at most so many steps, and so many more for each record that the buffer
+// has room for: an edit takes no longer than a constant times the buffer's size.
+constexpr uint64_t kSomeSteps = 1000000;
+constexpr uint64_t kMaxRounds = 64;
+
 inline EditWalk StartEditWalk(uint32_t buffer, const SheetExtent& extent) {
-  return {StartWalk(OpenBlock(buffer), extent.begin), extent.end};
+  const uint64_t records = MEMORYSIZE(buffer) / kHeaderSize;
+  return {StartWalk(OpenBlock(buffer), extent.begin), extent.end, 0, kSomeSteps + kMaxRounds * records};
 }
 
 // The walker's loop is

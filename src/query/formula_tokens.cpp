@@ -185,10 +185,13 @@ int16_t ArrayCount(const Block& block, uint32_t at) {
 
 uint16_t ArraySize(const Block& block, uint32_t at) {
   uint32_t size = kArrayElements;
-  for (int32_t left = ArrayCount(block, at); left > 0; --left) {
+  int32_t left = ArrayCount(block, at);
+  for (; left > 0 && at + size < block.extent && size < kMaxTokenSize; --left) {
     const bool number = U8At(block, at + size) == kArrayNumber;
     size += number ? kArrayNumberSize : kStrFixed + U8At(block, at + size + kStrLength);
   }
+  // Behind the block every element reads as an empty text.
+  if (left > 0) size += kStrFixed * static_cast<uint32_t>(left);
   return static_cast<uint16_t>(std::min(size, kMaxTokenSize));
 }
 

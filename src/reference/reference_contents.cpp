@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "foundation/memory_pool.h"
 #include "reference/reference_records.h"
@@ -46,17 +48,32 @@ struct IdWalk {
   }
 };
 
-// The lowest positive id that the image doesn't have. It is looked for in windows, of which the first nearly always has it.
-uint32_t LowestFreeId(const Block& image) {
-  constexpr uint32_t kWindow = 0x8000;
-  for (uint32_t base = 1;; base += kWindow) {
-    uint8_t taken[kWindow] = {};
-    for (IdWalk ids(image); ids.AtId(); ids.Next()) {
-      if (ids.Id() - base < kWindow) taken[ids.Id() - base] = 1;
-    }
-    const uint8_t* const free = std::find(taken, taken + kWindow, uint8_t{0});
-    if (free != taken + kWindow) return base + static_cast<uint32_t>(free - taken);
+// The lowest positive id that is free among those from `base` on, as far as `taken` has a bit for each; 0 when it has none left.
+uint32_t LowestFreeFrom(const Block& image, uint32_t base, uint8_t* taken, uint32_t ids) {
+  for (IdWalk walk(image); walk.AtId(); walk.Next()) {
+    const uint32_t id = walk.Id() - base;
+    if (id < ids) taken[id / 8] = static_cast<uint8_t>(taken[id / 8] | (1u << (id % 8)));
   }
+  for (uint32_t id = 0; id < ids; ++id) {
+    if ((taken[id / 8] & (1u << (id % 8))) == 0) return base + id;
+  }
+  return 0;
+}
+
+// The lowest positive id that the image doesn't have. There is one among as many as a walk can meet, and one more, so that one walk finds
+// it; without memory for those it is looked for in windows, a walk for each.
+uint32_t LowestFreeId(const Block& image) {
+  const uint32_t bytes =
+      image.extent / kHeaderSize / 8 + 2;  // a walk makes no more steps than there are headers
+  const std::unique_ptr<uint8_t[]> all(new (std::nothrow) uint8_t[bytes]());
+  if (all) return LowestFreeFrom(image, 1, all.get(), bytes * 8);
+  constexpr uint32_t kWindow = 0x8000;
+  uint32_t found = 0;
+  for (uint32_t base = 1; found == 0; base += kWindow) {
+    uint8_t taken[kWindow / 8] = {};
+    found = LowestFreeFrom(image, base, taken, kWindow);
+  }
+  return found;
 }
 
 uint32_t AllocateIds(uint32_t count) {

@@ -128,6 +128,22 @@ TEST_F(CompoundStream, ReadThenWrite_GoOnFromOnePosition) {
   EXPECT_EQ(StreamOf(Path("file"), "s"), Bytes({'a', 'b', 'c', 'X', 'Y'}));
 }
 
+TEST_F(CompoundStream, Read_OfWhatIsChangedAndNotCommitted_GivesTheContentsAsTheyAreNow) {
+  const Bytes bytes = Pattern(5000);
+  const std::string path = Make("file", {{"Workbook", bytes}});
+  ASSERT_EQ(file_.Open(path), S_OK);
+  Stream* stream = nullptr;
+  ASSERT_EQ(platform::StorageOpenStream(file_.storage, Name("Workbook"), platform::kModeExclusive, &stream),
+            S_OK);
+  uint32_t moved = 0;
+  EXPECT_EQ(platform::StreamWrite(stream, "12345", 5, &moved), S_OK);
+  Bytes rest(6000);
+  EXPECT_EQ(platform::StreamRead(stream, rest.data(), 6000, &moved), S_OK);
+  EXPECT_EQ(moved, 4995u);
+  EXPECT_TRUE(std::equal(bytes.begin() + 5, bytes.end(), rest.begin()));
+  platform::StreamRelease(stream);
+}
+
 TEST_F(CompoundStream, Read_PastTheEnd_MovesWhatIsThere) {
   Make("file", {{"s", Pattern(100)}});
   ASSERT_EQ(file_.Open(Path("file")), S_OK);

@@ -102,6 +102,29 @@ TEST_F(CompactReferenceTest, OnlyTheHighByteFEMakesAPatchRecord) {
   EXPECT_EQ(Hex(BlockContents(buffer_, size_)), Hex(RefRecord(0xFF, 22) + kept + tail + kBufEnd));
 }
 
+// A directory too large to be walked for every object is looked up by an index, and comes out just as by the walk.
+TEST_F(CompactReferenceTest, ALargeDirectoryIsRenewedLikeASmallOne) {
+  constexpr uint16_t kObjects = 200;
+  Bytes objects, entries;
+  for (uint16_t id = kObjects; id >= 1; --id) {
+    objects = objects + (id % 2 == 0 ? TableHead(id) + kTableEnd : GraphHead(id) + kGraphEnd);
+    // Behind the entry of an object stands a second one, which is never met.
+    entries = entries + Entry(id % 2 == 0 ? kKindTable : kKindGraph, id, 1) +
+              Entry(id % 2 == 0 ? kKindTable : kKindGraph, id, 2);
+  }
+  const uint32_t mark = 8 + static_cast<uint32_t>(objects.size());
+  Load(RefRecord(0xFF, mark) + objects + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + entries +
+       RefRecord(0xFE, 0));
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  for (uint16_t id = 1; id <= kObjects; ++id) {
+    const int32_t at = FindRefEntry(buffer_, id, id % 2 == 0 ? kKindTable : kKindGraph);
+    ASSERT_GT(at, 2);
+    EXPECT_TRUE(IsChart(Stream(), static_cast<uint32_t>(at), id % 2 == 0 ? kLowTableHead : kLowGraphHead));
+    EXPECT_EQ(U16At(Stream(), static_cast<uint32_t>(at) + kObjectId), id);
+  }
+  EXPECT_EQ(U32At(Stream(), size_ - 4 - 8 - 12 + kRefEntryOffset), 2u);
+}
+
 TEST_F(CompactReferenceTest, RefusesNoBufferAndAFullPool) {
   EXPECT_EQ(XLRefreshReference(nullptr, &size_), 2);
   EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 2);

@@ -94,6 +94,18 @@ TEST_F(ReferenceDirectoryTest, ARetiredEntryIsSlackAndItsIdComesBack) {
   EXPECT_EQ(LowestFreeRefId(buffer_, kKindTable), 1);
 }
 
+TEST_F(ReferenceDirectoryTest, NoIdIsFreeWhereAllAreTaken) {
+  Bytes stream = kNewStream;
+  stream.resize(stream.size() - 8);
+  for (uint32_t id = 1; id <= 0xFFFF; ++id) {
+    const Bytes entry = Entry(kKindGraph, static_cast<uint16_t>(id), 8);
+    stream.insert(stream.end(), entry.begin(), entry.end());
+  }
+  Load(stream + RefRecord(0xFE, 0));
+  EXPECT_EQ(LowestFreeRefId(buffer_, kKindGraph), 0);
+  EXPECT_EQ(LowestFreeRefId(buffer_, kKindTable), 1);
+}
+
 TEST_F(ReferenceDirectoryTest, AnEntryIsFoundByIdAndWholeKindWord) {
   ASSERT_EQ(Create(4, EditKindWord(2), EditHead(1, 4) + kEditEnd), 0);
   EXPECT_EQ(EditKindWord(2), 0x103);

@@ -1,7 +1,9 @@
 // ReferenceFile: "Contents" byte for byte, ids, streams, and every result that a file or the pool can bring about.
 #include "reference/reference_file.h"
 
+#include "reference/reference_contents.h"
 #include "reference/reference_fixture.h"
+#include "support/allocation_faults.h"
 #include "support/temp_file.h"
 #include "support/workbook_file.h"
 #include "workbook/stm_file.h"
@@ -60,6 +62,25 @@ TEST_F(ReferenceFileTest, AFreedIdComesBackLast) {
   EXPECT_EQ(CreateOne(), 2);
   EXPECT_EQ(Listed(), Hex(Contents({1, 3, 2})));
   EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, TheLowestFreeIdIsFoundWithoutMemoryForAllOfThem) {
+  for (const bool without_memory : {false, true}) {
+    Bytes contents = RefRecord(0xFF, 70000);
+    for (uint32_t id = 70000; id >= 1; --id) {
+      const Bytes record = RefRecord(0xFD, id == 40000 ? 3 : id);
+      contents.insert(contents.end(), record.begin(), record.end());
+    }
+    Load(contents + RefRecord(0xFE, 0));
+    int32_t id = 0;
+    {
+      const AllocationFault fault(without_memory ? 0 : 99);
+      EXPECT_EQ(AddNewId(&buffer_, &size_, &id), 0);
+      EXPECT_EQ(fault.fired(), without_memory);
+    }
+    EXPECT_EQ(id, 40000);
+    MEMORYFREE(&buffer_);
+  }
 }
 
 TEST_F(ReferenceFileTest, TheSecondHeaderOfANewFileGoesAtTheFirstRewrite) {

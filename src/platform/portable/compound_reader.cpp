@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 
 #include "platform/bytes.h"
 #include "platform/portable/compound_format.h"
@@ -13,21 +14,42 @@ namespace tolvenar::platform {
 
 namespace {
 
-// Sectors that a walk came by. Seeing one for the second time ends the walk as damaged.
+// Sectors that a walk came by. Seeing one for the second time ends the walk as damaged. A walk of a few sectors, as every stream in the
+// mini stream is one, doesn't pay for a mark on each sector of the file: a file can hold as many such streams as sectors.
 class SeenSectors {
  public:
-  explicit SeenSectors(uint32_t count) : seen_(count) {}
+  // `most`: no walk that makes more steps than these.
+  explicit SeenSectors(uint32_t count, uint64_t most = UINT64_MAX) : count_(count) {
+    if (most > few_.size()) seen_.resize(count);
+  }
 
   // True when `sector` exists and was not seen yet; it counts as seen from now on.
   bool Enter(uint32_t sector) {
-    if (sector >= seen_.size() || seen_[sector]) return false;
+    if (sector >= count_) return false;
+    if (seen_.empty()) return EnterFew(sector);
+    if (seen_[sector]) return false;
     seen_[sector] = true;
     return true;
   }
 
  private:
+  bool EnterFew(uint32_t sector) {
+    const auto end = few_.begin() + few_count_;
+    if (std::find(few_.begin(), end, sector) != end || few_count_ == few_.size()) return false;
+    few_[few_count_++] = sector;
+    return true;
+  }
+
+  uint32_t count_;
   std::vector<bool> seen_;
+  std::array<uint32_t, kMiniCutoff / kMiniSectorSize> few_;
+  uint32_t few_count_ = 0;
 };
+
+// Units that `size` bytes take.
+uint64_t UnitsOf(uint64_t size, uint64_t unit) {
+  return size / unit + (size % unit != 0 ? 1 : 0);
+}
 
 uint32_t SectorSize(const CompoundReader& reader) {
   return 1u << reader.sector_shift;
@@ -67,7 +89,7 @@ std::vector<Extent>::const_iterator Find(const std::vector<Extent>& extents, uin
 
 HRESULT WalkChain(const CompoundReader& reader, uint32_t start, uint64_t size, std::vector<Extent>* extents) {
   extents->clear();
-  SeenSectors seen(reader.sector_count);
+  SeenSectors seen(reader.sector_count, UnitsOf(size, SectorSize(reader)));
   uint32_t sector = start;
   for (uint64_t at = 0; at < size; at += SectorSize(reader)) {
     if (!seen.Enter(sector)) return kStgDocFileCorrupt;
@@ -80,7 +102,7 @@ HRESULT WalkChain(const CompoundReader& reader, uint32_t start, uint64_t size, s
 HRESULT WalkMiniChain(const CompoundReader& reader, uint32_t start, uint64_t size,
                       std::vector<Extent>* extents) {
   extents->clear();
-  SeenSectors seen(static_cast<uint32_t>(reader.mini_table.size()));
+  SeenSectors seen(static_cast<uint32_t>(reader.mini_table.size()), UnitsOf(size, kMiniSectorSize));
   uint32_t sector = start;
   for (uint64_t at = 0; at < size; at += kMiniSectorSize) {
     if (!seen.Enter(sector)) return kStgDocFileCorrupt;
