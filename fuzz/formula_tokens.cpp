@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "edit/formula_adjustment.h"
-#include "edit/formula_tokens.h"
 #include "foundation/memory_pool.h"
 #include "fuzz_support.h"
+#include "query/formula_tokens.h"
 
 using tolvenar::AdjustMode;
 using tolvenar::Block;

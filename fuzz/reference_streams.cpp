@@ -5,11 +5,13 @@
 #include <iterator>
 
 #include "foundation/memory_pool.h"
-#include "fuzz_support.h"
 #include "reference/reference_directory.h"
+#include "reference_calls.h"
 #include "support/workbook_file.h"
 
+using tolvenar::fuzz::CallObjectExport;
 using tolvenar::fuzz::Choices;
+using tolvenar::fuzz::Reference;
 using tolvenar::fuzz::Require;
 using tolvenar::testing::Bytes;
 
@@ -17,13 +19,6 @@ namespace {
 
 constexpr int kMostCalls = 40;
 constexpr int32_t kStoredId = 7;
-
-// A reference in memory and the file that it is kept in.
-struct Reference {
-  uint32_t buffer = 0;
-  uint32_t size = 0;
-  std::string file;
-};
 
 uint16_t ChosenKind(Choices* choices) {
   const uint8_t kind = choices->Byte();
@@ -113,11 +108,11 @@ void TakeBlock(Reference*, Choices* choices) {
   ::MEMORYALLOC(static_cast<int32_t>(choices->Word()));
 }
 
-// The list. The exports of tables, properties, sets and graphs are to be called from functions of their own here, each with ids from
-// ChosenId, so that they meet the objects of one another.
-constexpr void (*kCalls[])(Reference*, Choices*) = {MakeObject, MakeObject, PutRecord,   PutRecord,
-                                                    LookUp,     Compact,    SaveAndRead, CreateAndDelete,
-                                                    DeleteAny,  TakeBlock};
+// The list.
+constexpr void (*kCalls[])(Reference*, Choices*) = {
+    CallObjectExport, CallObjectExport, CallObjectExport, CallObjectExport, CallObjectExport,
+    CallObjectExport, MakeObject,       PutRecord,        LookUp,           Compact,
+    SaveAndRead,      CreateAndDelete,  DeleteAny,        TakeBlock};
 
 // A file of references whose directory is the stream, and so is one of its references. The count in the directory's head rules, however
 // few ids there are, and a file grows with it: it is kept small here, or negative.
