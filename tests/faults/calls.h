@@ -77,6 +77,8 @@ std::vector<Call> EditCalls();
 std::vector<Call> SheetCalls();
 std::vector<Call> StyleCalls();
 std::vector<Call> QueryCalls();
+std::vector<Call> ChartCalls();
+std::vector<Call> GraphCalls();
 std::vector<Call> PoolCalls();
 const std::vector<Call>& AllCalls();
 

@@ -99,7 +99,7 @@ const std::vector<Call>& AllCalls() {
   static const std::vector<Call> all = [] {
     std::vector<Call> calls;
     for (const auto& topic : {PoolCalls(), FileCalls(), QueryCalls(), StyleCalls(), EditCalls(), SheetCalls(),
-                              ReferenceCalls()}) {
+                              ReferenceCalls(), ChartCalls(), GraphCalls()}) {
       calls.insert(calls.end(), topic.begin(), topic.end());
     }
     return calls;
