@@ -1,4 +1,4 @@
-// Calls: charts.
+// Grounds for the exports that read charts: each is called on a small chart, with the pool failing under it.
 #include "faults/calls.h"
 #include "foundation/biff_records.h"
 #include "support/chart_builder.h"

@@ -48,10 +48,13 @@ int16_t SaveBook(const std::string& path, int number) {
   return result;
 }
 
+// Whoever has been refused in all its rounds goes on: the others come to an end, and leave it the file.
+constexpr int kMostRounds = 100000;
+
 // Saves one of its books after the other.
 int Write(const std::string& path, int writer, int rounds) {
   int saved = 0;
-  for (int round = 0; round < rounds; ++round) {
+  for (int round = 0; round < rounds || (saved == 0 && round < kMostRounds); ++round) {
     const int16_t result = SaveBook(path, writer * kBooksEach + round % kBooksEach);
     if (result == 0) ++saved;
     // 101: another has it; 111: another is about to make it.
@@ -63,7 +66,7 @@ int Write(const std::string& path, int writer, int rounds) {
 // Opens the file again and again, and reads its bytes past the library. Both see nothing but whole books.
 int Read(const std::string& path, const std::set<Bytes>& books, const std::set<Bytes>& files, int rounds) {
   int seen = 0;
-  for (int round = 0; round < rounds; ++round) {
+  for (int round = 0; round < rounds || (seen == 0 && round < kMostRounds); ++round) {
     Ground ground;
     const int16_t result = ::XLOpenFile(path.c_str(), &ground.buffer, &ground.size);
     if (result != 0 && result != 101) return kUnknownResult;
