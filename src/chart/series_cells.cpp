@@ -28,6 +28,8 @@ CellArray CellArrayOf(SAFEARRAY** cells) {
 }
 
 void PutCellArea(const CellArray& out, const CellArea& area, LONG series, LONG* item) {
+  // Not left to the loops: there would be turns of the outer ones, up to a thousand million, without a cell.
+  if (area.firstRow > area.lastRow || area.firstColumn > area.lastColumn) return;
   for (uint32_t sheet = area.firstSheet; sheet <= area.lastSheet; ++sheet) {
     for (uint32_t row = area.firstRow; row <= area.lastRow; ++row) {
       for (uint32_t column = area.firstColumn; column <= area.lastColumn; ++column) {

@@ -193,6 +193,17 @@ TEST_F(SeriesCells, HugeAreas_EndWithTheArray) {
   EXPECT_EQ(cells_.NumberAt(1, 12), 0x0B000001);
 }
 
+// Rows or columns the wrong way round leave nothing to write. Going through the sheets and rows of these for want of
+// a cell would take hours.
+TEST_F(SeriesCells, HugeAreasWithoutCells_AreNotGoneThrough) {
+  Bytes tokens;
+  for (int i = 0; i < 1500; ++i) tokens = tokens + Area3d(0, 0xFFFF, {0, 0x3FFF, 5, 4});
+  for (int i = 0; i < 1500; ++i) tokens = tokens + Area3d(0, 0xFFFF, {9, 8, 0, 255});
+  LoadValues(tokens + Ref3d(0, 7, 1));
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(Items(1), (Expected{0x01000701}));
+}
+
 TEST_F(SeriesCells, ArrayOfOtherShape_TakesNothing) {
   LoadValues(Ref3d(0, 1, 1));
   TestArray line(VT_I4, 1, 3);
