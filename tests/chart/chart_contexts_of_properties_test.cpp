@@ -218,6 +218,15 @@ TEST_F(ContextProperties, ObjectOfTheSecondChart_StandsBehindTheFirstOnesChart) 
   EXPECT_EQ(Property(21), 2);
 }
 
+TEST_F(ContextProperties, ObjectOfTheFirstChart_IsNoneOfTheSecond) {
+  ChartBuilder book;
+  book.Worksheet().Obj(5, 1, 10, 11).Open().Chart().Close().Open().Chart().Close();
+  Load(book.EndSheet());
+  EXPECT_EQ(Read(2), 0);
+  EXPECT_EQ(Property(11), 0);
+  EXPECT_EQ(Property(21), 0);
+}
+
 TEST_F(ContextProperties, FieldsOfTheObject_AreSigned) {
   ChartBuilder book;
   ReadChart(book.Worksheet().Obj(5, 0x8000, 0xFFFE, 0x80FF).Open().Chart());

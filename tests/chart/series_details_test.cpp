@@ -213,6 +213,16 @@ TEST_F(SeriesDetails, DeeperRecords_AreNoneOfTheSeries_ButAnAreaFormatIs) {
   EXPECT_EQ(Numbers(colours_, 1), Expected{1});
 }
 
+TEST_F(SeriesDetails, BlocksInTheSeries_AreKnownByTheBitOfTheirBeginAndEnd) {
+  ChartBuilder book = OneSeries();
+  book.Record(0x0033).Record(0x1133).SeriesText("deep").Record(0x0034).Record(0x1134).SeriesText("name");
+  EXPECT_EQ(ReadAndDrop(book), 0);
+  EXPECT_EQ(names_.TextAt(1), "name");
+  book = OneSeries();
+  EXPECT_EQ(ReadSeries(book.Record(0x3234).AreaFormat(1, 2, 1).Low(0x45, U16(3))), 0);
+  EXPECT_EQ(Numbers(colours_, 1), Expected{-7});
+}
+
 TEST_F(SeriesDetails, FirstRecordOfEachKindCounts) {
   ChartBuilder book = OneSeries();
   book.SeriesText("one").SeriesText("two").Low(0x45, U16(1)).Low(0x45, U16(0));
