@@ -147,7 +147,8 @@ TEST_F(ContextProperties, SeriesAndTheirCategories) {
 
 TEST_F(ContextProperties, CategoriesAreSixteenBits) {
   ChartBuilder book = OneChart();
-  ReadChart(book.Chart().Begin().Series(0x1234).Begin().End().Series(0x1233).Begin().End().End());
+  const Bytes categories_and_values = U16(1) + U16(1) + U16(0x1234) + U16(0x2000);
+  ReadChart(book.Chart().Begin().Low(0x03, categories_and_values).Begin().End().Series(0x1233).End());
   EXPECT_EQ(Property(1), 0x1234);
 }
 

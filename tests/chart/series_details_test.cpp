@@ -196,6 +196,22 @@ TEST_F(SeriesDetails, NameCell_UnknownTokenStepsBackByTwo_ARingEnds) {
   EXPECT_EQ(Numbers(references_, 1), Expected{0x03000101});
 }
 
+TEST_F(SeriesDetails, NameCell_EveryByteOfTheFormulaMayBeAToken_AndNoneBehindIt) {
+  ChartBuilder book = OneSeries();
+  EXPECT_EQ(ReadAndDrop(book.Ai256(Bytes{0x03, 0x03, 0x03, 0x3A})), 0);
+  EXPECT_EQ(Numbers(references_, 1), Expected{0x03030304});
+  Fill(references_, kCount, -7);
+  book = OneSeries();
+  const Bytes behind = Bytes{7, 2, 0, 0, 0, 0, 3, 0, 0x1E, 0, 0, 0x3A};
+  EXPECT_EQ(ReadAndDrop(book.Low(0x51, behind + Bytes(244))), 0);
+  EXPECT_EQ(Numbers(references_, 1), Expected{-7});
+  // In front of it neither: the number format's high byte would be two steps back.
+  book = OneSeries();
+  const Bytes before = Bytes{7, 2, 0, 0, 0, 0x3A, 9, 0, 0x17};
+  EXPECT_EQ(ReadAndDrop(book.Low(0x51, before + Bytes(247))), 0);
+  EXPECT_EQ(Numbers(references_, 1), Expected{-7});
+}
+
 TEST_F(SeriesDetails, NameCell_InFrontOfTheFirstToken_TheWalkEnds) {
   for (uint8_t id : {uint8_t{0x17}, uint8_t{0x00}, uint8_t{0xFF}}) {
     ChartBuilder book = OneSeries();
