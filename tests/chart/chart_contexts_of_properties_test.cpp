@@ -127,6 +127,21 @@ TEST_F(ContextProperties, Axis_HasAContextOnlyWhenTheHighByteOfItsLengthIsOne) {
   }
 }
 
+TEST_F(ContextProperties, LongAxisWithoutBegin_LeavesTheContextAround) {
+  ChartBuilder book = OneChart();
+  ReadChart(book.Chart().Begin().Low(0x1D, Bytes(0x100)).AreaFormat(1, 2, 1).End());
+  EXPECT_EQ(Property(8), 2);
+}
+
+TEST_F(ContextProperties, LongAxis_HasContextSix) {
+  uint32_t size = 0;
+  const uint32_t stream = StreamBuilder().Record(0x101D, Bytes(0x100)).Record(0x1033).Load(&size);
+  ChartReading reading = {OpenBlock(stream), ContextCells(NewContextStack()), properties_.Get(), {100}};
+  PushContext(reading.cells);
+  HandleChartRecord(&reading, 0);
+  EXPECT_EQ(CurrentContext(reading.cells), 6);
+}
+
 TEST_F(ContextProperties, LooserBeginBehindTheFirstChart_BecomesTheDepth) {
   ChartBuilder book = OneChart();
   book.Chart().Record(0x1133).End().End().End().End().End();
