@@ -96,6 +96,15 @@ TEST_F(ChartSearch, TheKindOfSheetDecidesFirst) {
   }
 }
 
+TEST_F(ChartSearch, LastSheet_IsCountedUpToItsEof) {
+  ChartBuilder book;
+  book.Worksheet().Low(0x02).Close().Low(0x02).Low(0x02).Close();
+  Load(book);
+  PutTableEntry(Table(), 3, book.Last() - 3 * kEofSize);
+  ASSERT_TRUE(IsPlain(Stream(), TableEntry(Table(), 3), kLowEof));
+  EXPECT_EQ(XLGetNumCharts(buffer_, table_, 1), 1);
+}
+
 TEST_F(ChartSearch, CountIsSixteenBits_Signed) {
   for (uint32_t charts : {0x7FFFu, 0x8000u, 0x10001u}) {
     ChartBuilder book;
