@@ -238,8 +238,22 @@ TEST_F(SeriesCells, WhatStandsBehindTheFormula_IsNoPartOfIt) {
   EXPECT_EQ(Items(1), Expected{});
 }
 
-// The largest that an array of this size can take: each series tells all its values, in formulas of many tokens.
-TEST_F(SeriesCells, LargeSoundChart_IsPutWhole) {
+// Two million values: each series tells all of its own once.
+TEST_F(SeriesCells, LargeAreas_ArePutWhole) {
+  constexpr LONG kSeries = 255, kValues = 8000;
+  ChartBuilder book = OneChart();
+  book.Chart().Begin();
+  for (int i = 0; i < kSeries; ++i) book.Series(1).Begin().Ai(1, Area3d(0, 0, {0, kValues - 1, 3, 3})).End();
+  LoadChart(book.End());
+  TestArray all(VT_I4, 1, kSeries, 1, kValues);
+  EXPECT_EQ(XLGetGraphData(all.Ref(), buffer_, table_, 1, 1), 0);
+  EXPECT_EQ(all.NumberAt(1, kValues), 0x031F3F01);
+  EXPECT_EQ(all.NumberAt(kSeries, 1), 0x03000001);
+  EXPECT_EQ(all.NumberAt(kSeries, kValues), 0x031F3F01);
+}
+
+// A million and a half tokens, and as many of other kinds of data.
+TEST_F(SeriesCells, FormulasOfManyTokens_ArePutWhole) {
   constexpr LONG kSeries = 255, kValues = 4000;
   Bytes tokens;
   for (uint16_t row = 0; row < kValues; ++row)
