@@ -184,6 +184,13 @@ TEST_F(SeriesCells, ElementsOutsideTheArray_AreLost) {
   EXPECT_EQ(from_two.NumberAt(3, 100), 0x6301);
 }
 
+TEST_F(SeriesCells, ArrayOfOneElement_TakesTheFirstCell) {
+  LoadValues(Area3d(0, 0, {5, 9, 1, 1}));
+  TestArray one(VT_I4, 1, 1, 1, 1);
+  EXPECT_EQ(XLGetGraphData(one.Ref(), buffer_, table_, 1, 1), 0);
+  EXPECT_EQ(one.NumberAt(1, 1), 0x01000501);
+}
+
 TEST_F(SeriesCells, HugeAreas_EndWithTheArray) {
   Bytes tokens;
   for (int i = 0; i < 3000; ++i) tokens = tokens + Area3d(0, 0xFFFF, {0, 0x3FFF, 0, 255});
