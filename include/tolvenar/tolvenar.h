@@ -252,9 +252,13 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetCellData(SAFEARRAY** cells, uint32_t buf
 
 /* ---- Charts --------------------------------------------------------------------------------
  *
- * A chart is asked for by its sheet and its number in it, both 1-based. Charts are only read. A cell of the workbook comes as one
- * 32-bit number, 0 for none: less 1, its bytes from the lowest on are the sheet (low byte of its number), the row (low byte, then the
- * upper 6 bits) and the column, all as the formula of the series holds them: 0-based, and always taken for BIFF5's layout.
+ * A chart is asked for by its sheet and its number in it, both 1-based. Charts are only read. XLGetChartData comes first: its
+ * properties 1 and 2 are how many items and series the arrays of the others have to hold. An array of another shape or type than is asked
+ * for takes nothing, where no result says otherwise.
+ *
+ * A cell of the workbook comes as one 32-bit number, 0 for none: less 1, its bytes from the lowest on are the sheet (low byte of its
+ * number), the row (low byte, then the upper 6 bits) and the column, all as the formula of the series holds them: 0-based, and always
+ * taken for BIFF5's layout.
  *
  * Result of the four readers of a chart, in the order of the checks: 1 null table or no sheets; 2 sheet above a negative count and below
  * 1; 3 XLGetNumCharts gives a negative number; 4, 5 see XLGetSetData; 6, 7, 8 can't happen; 9 there is no such chart, or its substream is
@@ -262,8 +266,9 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLGetCellData(SAFEARRAY** cells, uint32_t buf
  * came with nothing open: what was read in front of it is given, and one pool block of 120 bytes stays live, which only MEMORYFREEALL
  * gives back; 0 done.
  *
- * The sheet's end is, on purpose, by 4 bytes another where the number of the sheet equals that of its charts. So the chart of a chart
- * sheet is found where the sheet is the first and not the last, or the last and not the first, and not elsewhere. */
+ * A search for a chart ends 4 bytes later, on purpose, in a sheet whose number equals the number of its charts. A worksheet's charts
+ * are found either way, since other records stand behind them. That of a chart sheet, which counts as one, is found where the sheet is
+ * the first of several, or the last of several; elsewhere the result is 9. */
 
 /* Result: the number of charts of a sheet, 1 for every chart sheet, in the low 16 bits (signed; the rest repeats the sign). Below 0:
  * -1 null table; -2 no such sheet; -3 null buffer; -4 globals; -5 Visual Basic module; -6 macro sheet; -7 workspace. */

@@ -33,6 +33,15 @@ const KindAnswer* AnswerByKind(const Block& block, uint32_t bof) {
   return nullptr;
 }
 
+// A sheet up to the entry behind its own, less 4 unless its number is `whole`. A sheet without a byte stays
+// without one: a walk would miss an end that lies in front of its begin.
+SheetExtent ExtentUpTo(const Block& entries, int16_t sheet, int16_t whole) {
+  const uint32_t entry = kTableFirstSheet + static_cast<uint32_t>(sheet) - 1;
+  const uint32_t begin = TableEntry(entries, entry);
+  const uint32_t end = TableEntry(entries, entry + 1);
+  return {begin, sheet == whole || end == begin ? end : end - kEofSize};
+}
+
 }  // namespace
 
 int32_t XLGetNumCharts(uint32_t buffer, uint32_t table, int16_t sheet) {
@@ -41,7 +50,7 @@ int32_t XLGetNumCharts(uint32_t buffer, uint32_t table, int16_t sheet) {
   if (sheet > TableCount(entries) || sheet < 1) return kCountNoSheet;
   if (buffer == 0) return kCountNoBuffer;
   const Block block = OpenBlock(buffer);
-  const SheetExtent extent = ExtentOfSheet(entries, sheet);
+  const SheetExtent extent = ExtentUpTo(entries, sheet, TableCount(entries));
   if (const KindAnswer* kind = AnswerByKind(block, extent.begin)) return kind->answer;
   uint32_t charts = 0;
   ForEachRecord(block, extent.begin, extent.end,
@@ -67,12 +76,7 @@ int16_t CheckChartNumber(const ChartQuery& query, int16_t count) {
 }
 
 SheetExtent ChartSearchExtent(const ChartQuery& query, int16_t count) {
-  const Block entries = OpenBlock(query.table);
-  const uint32_t entry = kTableFirstSheet + static_cast<uint32_t>(query.sheet) - 1;
-  const uint32_t begin = TableEntry(entries, entry);
-  const uint32_t end = TableEntry(entries, entry + 1);
-  const bool whole = query.sheet == count || end == begin;  // an empty sheet stays empty
-  return {begin, whole ? end : end - kEofSize};
+  return ExtentUpTo(OpenBlock(query.table), query.sheet, count);
 }
 
 }  // namespace tolvenar

@@ -38,7 +38,7 @@ struct ChartQuery {
 };
 
 // Number of charts of a sheet: of the CHART records from its BOF up to its EOF, nested or not. A chart sheet
-// (BOF type 0x20) gives 1 at once, whatever it holds.
+// (BOF type 0x20) gives 1 at once, whatever it holds. A sheet that begins where the next one does has none.
 // RESULT: the count; below 0, in the order of the checks: -1 null table (or one that is no live block), -2
 // sheet below 1 or above the count, -3 null buffer, -4 the BOF is of workbook globals, -5 of a Visual Basic
 // module, -6 of a macro sheet, -7 of a workspace. The low 16 bits are the answer; the rest repeats their sign.

@@ -12,35 +12,47 @@ namespace tolvenar {
 namespace {
 
 constexpr uint8_t kKindValues = 1;
+constexpr UINT kSeriesDimension = 1;
 constexpr UINT kItemDimension = 2;
 
 // The caller's array, and the last item that it has room for: the areas of a damaged chart hold more cells than
-// can be counted through, and what lies behind that item would be refused one by one.
+// can be counted through, and what lies behind that item would be refused one by one. A damaged series also tells
+// its values again and again: the puts of a call share a budget, of twice what a chart can use whose series tell
+// theirs once, and what a small array needs for many.
 struct CellArray {
   SAFEARRAY* array;
   LONG last;
+  Effort puts;
 };
 
+constexpr uint64_t kPutsAnElement = 2;
+
 CellArray CellArrayOf(SAFEARRAY** cells) {
-  CellArray out = {ArrayAt(cells, kItemDimension), 0};
-  if (FAILED(SafeArrayGetUBound(out.array, kItemDimension, &out.last))) out.last = 0;
+  CellArray out = {ArrayAt(cells, kItemDimension), 0, {}};
+  LONG series = 0;
+  if (FAILED(SafeArrayGetUBound(out.array, kSeriesDimension, &series)) || series < 1) return out;
+  if (FAILED(SafeArrayGetUBound(out.array, kItemDimension, &out.last)) || out.last < 1) return out;
+  out.puts.left =
+      kPutsAnElement * static_cast<uint64_t>(series) * static_cast<uint64_t>(out.last) + kLeastEffort;
   return out;
 }
 
-void PutCellArea(const CellArray& out, const CellArea& area, LONG series, LONG* item) {
+void PutCellArea(CellArray* out, const CellArea& area, LONG series, LONG* item) {
+  // Not left to the loops: there would be turns of the outer ones, up to a thousand million, without a cell.
+  if (area.firstRow > area.lastRow || area.firstColumn > area.lastColumn) return;
   for (uint32_t sheet = area.firstSheet; sheet <= area.lastSheet; ++sheet) {
     for (uint32_t row = area.firstRow; row <= area.lastRow; ++row) {
       for (uint32_t column = area.firstColumn; column <= area.lastColumn; ++column) {
-        if (*item >= out.last) return;
+        if (*item >= out->last || !Spend(&out->puts)) return;
         LONG index[kItemDimension] = {series, ++*item};
         const uint32_t cell = PackedCell(sheet, row, column);
-        platform::PutBytes(out.array, index, &cell, sizeof cell);
+        platform::PutBytes(out->array, index, &cell, sizeof cell);
       }
     }
   }
 }
 
-bool ReadSeriesCells(const CellArray& out, const Block& block, SheetExtent chart, const Block& cells) {
+bool ReadSeriesCells(CellArray out, const Block& block, SheetExtent chart, const Block& cells) {
   Effort effort = EffortFor(block);
   LONG series = 0;
   return WalkContexts(block, chart, cells, [&](uint32_t at) {
@@ -52,7 +64,7 @@ bool ReadSeriesCells(const CellArray& out, const Block& block, SheetExtent chart
                CurrentContext(cells) == kContextSeries) {
       LONG item = 0;
       ForEachCellArea(block, at, &effort,
-                      [&](const CellArea& area) { PutCellArea(out, area, series, &item); });
+                      [&](const CellArea& area) { PutCellArea(&out, area, series, &item); });
     }
   });
 }

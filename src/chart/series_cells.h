@@ -14,7 +14,8 @@ namespace tolvenar {
 //   sheet, chart  1-based
 // RESULT: 1, 2, 3, 6, 7, 8 as the checks of chart_search.h; 10 no pool block; 9 no such chart, or it is not closed;
 // 100 an END came with nothing open, and then the work block of 120 bytes stays live, on purpose; 0 done. An element
-// that the array refuses is passed over; one that nothing is put into, and all of them at 9 and below, stay.
+// that the array refuses is passed over; one that nothing is put into, and all of them at 9 and below, stay. Values that
+// a damaged series tells again overwrite those before them, up to a million puts and twice the array's elements.
 int16_t XLGetGraphData(SAFEARRAY** cells, uint32_t buffer, uint32_t table, int16_t sheet, int16_t chart);
 
 }  // namespace tolvenar

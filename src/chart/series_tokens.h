@@ -71,7 +71,7 @@ void ForEachCellArea(const Block& block, uint32_t at, Effort* effort, Visit visi
   const uint32_t tokens = at + kAiTokens;
   const uint32_t length = U16At(block, at + kAiLength);
   uint32_t offset = 0;
-  while (offset < length && tokens + offset < block.extent && Spend(effort)) {
+  while (offset < length && Spend(effort)) {
     CellArea area;
     if (ReadCellArea(block, tokens + offset, &area)) visit(area);
     const int16_t size = ChartTokenSize(U8At(block, tokens + offset));

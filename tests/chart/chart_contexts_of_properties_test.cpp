@@ -1,5 +1,6 @@
 // Chart properties that depend on where a record stands: contexts, objects, counts.
 #include "chart/chart_properties.h"
+#include "chart/record_handlers.h"
 #include "support/chart_fixture.h"
 
 using namespace tolvenar;
@@ -85,6 +86,27 @@ TEST_F(ContextProperties, LooserBegin_SetsTheContextOfTheBlockAround) {
   }
 }
 
+// The value that each handler leaves in the cell of its BEGIN. Only 5, 7 and 13 are ever read.
+TEST_F(ContextProperties, EveryOwnerHasItsContext) {
+  constexpr struct {
+    uint8_t low;
+    uint16_t context;
+  } rows[] = {{0x3A, 3},      {0x1A, 4},      {0x02, 5},      {0x15, 7},      {0x18, 8},      {0x1B, 8},
+              {0x17, 9},      {0x19, 10},     {0x3E, 11},     {0x40, 11},     {0x3F, 12},     {0x03, 13},
+              {0x1D, 0xFFFF}, {0x25, 0xFFFF}, {0x0A, 0xFFFF}, {0x0C, 0xFFFF}, {0x26, 0xFFFF}, {0x51, 0xFFFF}};
+  for (const auto& row : rows) {
+    uint32_t size = 0;
+    const uint32_t stream =
+        StreamBuilder().Record(static_cast<uint16_t>(0x1000 | row.low)).Record(0x1033).Load(&size);
+    ChartReading reading = {OpenBlock(stream), ContextCells(NewContextStack()), properties_.Get(), {100}};
+    PushContext(reading.cells);
+    HandleChartRecord(&reading, 0);
+    EXPECT_EQ(CurrentContext(reading.cells), row.context) << int{row.low};
+    EXPECT_EQ(Depth(reading.cells), 1u);
+    MEMORYFREEALL();
+  }
+}
+
 TEST_F(ContextProperties, RecordWithoutBegin_LeavesTheContextAround) {
   for (const auto& owner : kOwners) {
     ChartBuilder book = OneChart();
@@ -105,6 +127,21 @@ TEST_F(ContextProperties, Axis_HasAContextOnlyWhenTheHighByteOfItsLengthIsOne) {
   }
 }
 
+TEST_F(ContextProperties, LongAxisWithoutBegin_LeavesTheContextAround) {
+  ChartBuilder book = OneChart();
+  ReadChart(book.Chart().Begin().Low(0x1D, Bytes(0x100)).AreaFormat(1, 2, 1).End());
+  EXPECT_EQ(Property(8), 2);
+}
+
+TEST_F(ContextProperties, LongAxis_HasContextSix) {
+  uint32_t size = 0;
+  const uint32_t stream = StreamBuilder().Record(0x101D, Bytes(0x100)).Record(0x1033).Load(&size);
+  ChartReading reading = {OpenBlock(stream), ContextCells(NewContextStack()), properties_.Get(), {100}};
+  PushContext(reading.cells);
+  HandleChartRecord(&reading, 0);
+  EXPECT_EQ(CurrentContext(reading.cells), 6);
+}
+
 TEST_F(ContextProperties, LooserBeginBehindTheFirstChart_BecomesTheDepth) {
   ChartBuilder book = OneChart();
   book.Chart().Record(0x1133).End().End().End().End().End();
@@ -121,6 +158,13 @@ TEST_F(ContextProperties, SeriesAndTheirCategories) {
   ReadChart(book.Series(0x8000).Begin().End().End());
   EXPECT_EQ(Property(1), 9);
   EXPECT_EQ(Property(2), 3);
+}
+
+TEST_F(ContextProperties, CategoriesAreSixteenBits) {
+  ChartBuilder book = OneChart();
+  const Bytes categories_and_values = U16(1) + U16(1) + U16(0x1234) + U16(0x2000);
+  ReadChart(book.Chart().Begin().Low(0x03, categories_and_values).Begin().End().Series(0x1233).End());
+  EXPECT_EQ(Property(1), 0x1234);
 }
 
 TEST_F(ContextProperties, CellsOfTheValues_CountWhereTheyAreMore) {
@@ -143,6 +187,13 @@ TEST_F(ContextProperties, CellsAreCountedInSixteenBits_AndBackwardsAreasTakeAway
                                             many + Area3d(0, 0, {0, 9, 0, 0}) + Area3d(0, 0, {5, 1, 0, 0}));
   ReadChart(book.End().Series(1).Begin().Ai(1, Area3d(0, 0, {0, 0x3FFF, 0, 1})).End().End());
   EXPECT_EQ(Property(1), 10 - 3);  // and 32768 of the second series is negative
+}
+
+TEST_F(ContextProperties, NegativeCountOfCells_IsNotNoted) {
+  ChartBuilder book = OneChart();
+  const Bytes cells = Area3d(0, 0, {0, 0x3FFF, 0, 1}) + Ref3d(0, 6, 0, 0);  // 32768 and 7
+  ReadChart(book.Chart().Begin().Series(0).Begin().Ai(1, cells).End().End());
+  EXPECT_EQ(Property(1), 0);
 }
 
 TEST_F(ContextProperties, CellsAreSteppedLikeThoseOfTheGraph) {
@@ -183,6 +234,23 @@ TEST_F(ContextProperties, ObjectOfTheSecondChart_StandsBehindTheFirstOnesChart) 
   EXPECT_EQ(Property(21), 2);
 }
 
+TEST_F(ContextProperties, ObjectOfTheFirstChart_IsNoneOfTheSecond) {
+  ChartBuilder book;
+  book.Worksheet().Obj(5, 1, 10, 11).Open().Chart().Close().Open().Chart().Close();
+  Load(book.EndSheet());
+  EXPECT_EQ(Read(2), 0);
+  EXPECT_EQ(Property(11), 0);
+  EXPECT_EQ(Property(21), 0);
+}
+
+TEST_F(ContextProperties, FieldsOfTheObject_AreSigned) {
+  ChartBuilder book;
+  ReadChart(book.Worksheet().Obj(5, 0x8000, 0xFFFE, 0x80FF).Open().Chart());
+  EXPECT_EQ(Property(11), -1);
+  EXPECT_EQ(Property(12), -32512);
+  EXPECT_EQ(Property(21), -32767);
+}
+
 TEST_F(ContextProperties, ChartThatIsNotThere_MayStillLeaveAnObject) {
   ChartBuilder book = OneChart();
   Load(book.Chart().Close().Obj(5, 2, 20, 21).EndSheet());
@@ -191,6 +259,16 @@ TEST_F(ContextProperties, ChartThatIsNotThere_MayStillLeaveAnObject) {
   EXPECT_EQ(Read(3), 9);
   EXPECT_EQ(Property(13), 0);
   EXPECT_EQ(LiveBlocks(), 2u);
+}
+
+// The first plain record of low byte 0x0A ends the chart, whatever its length, and in the middle of a block too.
+TEST_F(ContextProperties, ChartEndsInFrontOfItsEof) {
+  ChartBuilder book = OneChart();
+  book.Chart().Begin().Series(1).Begin().Record(0x0A0A, Bytes(6)).Series(2).End().Low(0x19);
+  ReadChart(book.End());
+  EXPECT_EQ(Property(1), 1);
+  EXPECT_EQ(Property(2), 1);
+  EXPECT_EQ(Property(3), 0);
 }
 
 TEST_F(ContextProperties, ExtraEnd_KeepsWhatWasRead_WithoutTheCounts_AndItsBlockStays) {

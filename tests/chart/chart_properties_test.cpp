@@ -109,6 +109,14 @@ TEST_F(ChartProperties, Size_IsNotCutToSixteenBits) {
   EXPECT_EQ(Changed(), (Values{{1, 0}, {2, 0}, {13, 655340}, {14, -655360}}));
 }
 
+TEST_F(ChartProperties, Width_IsSigned) {
+  ChartBuilder book = OneChart();
+  LoadChart(book.Chart(-1, 0x1234));
+  Set({});
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(Changed(), (Values{{1, 0}, {2, 0}, {13, -20}, {14, 93200}}));
+}
+
 TEST_F(ChartProperties, ThreeD_SetsTheFamilyUnlessTheChartIsRound) {
   EXPECT_EQ(AfterRecord(0x3A, Bytes(14), {{3, 0}}), (Values{{3, 0}, {5, 3}}));
   EXPECT_EQ(AfterRecord(0x3A, Bytes(14), {{3, 1}}), (Values{{3, 1}}));

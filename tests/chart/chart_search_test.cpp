@@ -96,6 +96,29 @@ TEST_F(ChartSearch, TheKindOfSheetDecidesFirst) {
   }
 }
 
+TEST_F(ChartSearch, LastSheet_IsCountedUpToItsEof) {
+  ChartBuilder book;
+  book.Worksheet().Low(0x02).Close().Low(0x02).Low(0x02).Close();
+  Load(book);
+  PutTableEntry(Table(), 3, book.Last() - 3 * kEofSize);
+  ASSERT_TRUE(IsPlain(Stream(), TableEntry(Table(), 3), kLowEof));
+  EXPECT_EQ(XLGetNumCharts(buffer_, table_, 1), 1);
+}
+
+TEST_F(ChartSearch, CountIsSixteenBits_Signed) {
+  for (uint32_t charts : {0x7FFFu, 0x8000u, 0x10001u}) {
+    ChartBuilder book;
+    book.Worksheet();
+    for (uint32_t i = 0; i < charts; ++i) book.Low(0x02);
+    Load(book.EndSheet());
+    EXPECT_EQ(XLGetNumCharts(buffer_, table_, 1), static_cast<int16_t>(charts)) << charts;
+    if (charts == 0x8000) {
+      EXPECT_EQ(ReadAll(1, 1), Four(3));
+    }
+    MEMORYFREEALL();
+  }
+}
+
 TEST_F(ChartSearch, CountsLadder) {
   ChartBuilder book;
   Load(AddSheet(book, 2));
@@ -139,6 +162,48 @@ TEST_F(ChartSearch, EmptySheet_HasNoCharts) {
   EXPECT_EQ(ReadAll(1, 1), Four(9));
   // Nothing lies in front of an EOF directly behind the sheet's begin either.
   PutTableEntry(Table(), 3, TableEntry(Table(), 2) + kEofSize);
+  EXPECT_EQ(ReadAll(1, 1), Four(9));
+}
+
+// The offsets of two BOUNDSHEETs may be the same: what stands there belongs to the second of them.
+TEST_F(ChartSearch, EmptySheetInFrontOfOthers_HasNoCharts_ThoughTheyHave) {
+  ChartBuilder book({"One", "Two"});
+  AddSheet(AddSheet(book, 0), 2);
+  Load(book);
+  PutTableEntry(Table(), 2, TableEntry(Table(), 3));
+  EXPECT_EQ(XLGetNumCharts(buffer_, table_, 1), 0);
+  EXPECT_EQ(ReadAll(1, 1), Four(9));
+  EXPECT_EQ(XLGetNumCharts(buffer_, table_, 2), 2);
+  EXPECT_EQ(ReadAll(2, 1), Four(0));
+  // One of nothing but an EOF is as empty.
+  PutTableEntry(Table(), 2, TableEntry(Table(), 3) - kEofSize);
+  EXPECT_EQ(XLGetNumCharts(buffer_, table_, 1), 0);
+  EXPECT_EQ(ReadAll(1, 1), Four(9));
+}
+
+// A chart sheet counts as one chart, so that only that of sheet 1 is searched up to the next BOF; and its EOF is the
+// chart's. The END in front of it is 4 bytes, as short as the EOF: a search that ends there ends one record early.
+TEST_F(ChartSearch, ChartSheets_AreFoundByTheirPlace) {
+  ChartBuilder book({"One", "Two", "Three"});
+  for (int sheet = 1; sheet <= 3; ++sheet)
+    book.Bof(kChart).Chart().Begin().End().Record(0x023E, Bytes(10)).Close();
+  Load(book);
+  EXPECT_EQ(ReadAll(1, 1), Four(0));
+  EXPECT_EQ(ReadAll(2, 1), Four(9));
+  EXPECT_EQ(ReadAll(3, 1), Four(0));
+  MEMORYFREEALL();
+  book = ChartBuilder({"One", "Two", "Three"});
+  for (int sheet = 1; sheet <= 3; ++sheet) book.Bof(kChart).Chart().Begin().End().Close();
+  Load(book);
+  EXPECT_EQ(ReadAll(1, 1), Four(0));
+  EXPECT_EQ(ReadAll(2, 1), Four(9));
+  EXPECT_EQ(ReadAll(3, 1), Four(9));
+}
+
+TEST_F(ChartSearch, ChartSheetThatIsAlone_IsNotFound) {
+  ChartBuilder book;
+  Load(book.Bof(kChart).Chart().Begin().End().EndSheet());
+  EXPECT_EQ(XLGetNumCharts(buffer_, table_, 1), 1);
   EXPECT_EQ(ReadAll(1, 1), Four(9));
 }
 
@@ -224,6 +289,27 @@ TEST_F(ChartSearch, FullPool_IsTenForTheReadersThatNeedABlock) {
   // The stacks are asked for in front of the search, the table of groups behind it.
   EXPECT_EQ(Readers().All(buffer_, table_, 1, 2), (std::vector<int16_t>{10, 9, 9, 10}));
   EXPECT_EQ(LiveBlocks(), 9u);
+}
+
+// Elements that are no 32-bit integers, or no texts, take nothing; and the texts of the call are released.
+TEST_F(ChartSearch, ArraysOfOtherTypes_AreLeftAlone) {
+  ChartBuilder book = OneChart();
+  book.Chart().Begin().Series(2).Begin().Ai(1, Ref3d(0, 1, 1)).SeriesText("a").Low(0x45, U16(0)).End();
+  book.Series(1).Begin().Ai256(Ref3d(0, 3, 3)).AreaFormat(1, 2, 1).End();
+  LoadChart(book.Low(0x14).Low(0x18).Low(0x19).End());
+  for (VARTYPE type : {VARTYPE{VT_BSTR}, VARTYPE{VT_VARIANT}}) {
+    TestArray cells(type, 1, 2, 1, 3), numbers(type, 1, 2), names(VT_I4, 1, 2), properties(type, 1, 21);
+    EXPECT_EQ(XLGetGraphData(cells.Ref(), buffer_, table_, 1, 1), 0);
+    EXPECT_EQ(XLGetSetData(buffer_, table_, 1, 1,
+                           {names.Ref(), numbers.Ref(), numbers.Ref(), numbers.Ref(), numbers.Ref(), 2, 2}),
+              0);
+    EXPECT_EQ(XLGetChartData(properties.Ref(), buffer_, table_, 1, 1), 0);
+    for (LONG i : {1, 2}) EXPECT_EQ(numbers.TextAt(i), "(none)");
+    EXPECT_EQ(cells.TextAt(1, 1), "(none)");
+    EXPECT_EQ(properties.TextAt(5), "(none)");
+    EXPECT_EQ(names.NumberAt(1), 0);
+    EXPECT_EQ(LiveBlocks(), 2u);
+  }
 }
 
 TEST_F(ChartSearch, NullArraysAndOutputs_AreHarmless) {

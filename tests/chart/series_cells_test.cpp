@@ -184,6 +184,13 @@ TEST_F(SeriesCells, ElementsOutsideTheArray_AreLost) {
   EXPECT_EQ(from_two.NumberAt(3, 100), 0x6301);
 }
 
+TEST_F(SeriesCells, ArrayOfOneElement_TakesTheFirstCell) {
+  LoadValues(Area3d(0, 0, {5, 9, 1, 1}));
+  TestArray one(VT_I4, 1, 1, 1, 1);
+  EXPECT_EQ(XLGetGraphData(one.Ref(), buffer_, table_, 1, 1), 0);
+  EXPECT_EQ(one.NumberAt(1, 1), 0x01000501);
+}
+
 TEST_F(SeriesCells, HugeAreas_EndWithTheArray) {
   Bytes tokens;
   for (int i = 0; i < 3000; ++i) tokens = tokens + Area3d(0, 0xFFFF, {0, 0x3FFF, 0, 255});
@@ -191,6 +198,84 @@ TEST_F(SeriesCells, HugeAreas_EndWithTheArray) {
   EXPECT_EQ(Read(), 0);
   EXPECT_EQ(Items(1).size(), 12u);
   EXPECT_EQ(cells_.NumberAt(1, 12), 0x0B000001);
+}
+
+// Rows or columns the wrong way round leave nothing to write. Going through the sheets and rows of these for want of
+// a cell would take hours.
+TEST_F(SeriesCells, HugeAreasWithoutCells_AreNotGoneThrough) {
+  Bytes tokens;
+  for (int i = 0; i < 1500; ++i) tokens = tokens + Area3d(0, 0xFFFF, {0, 0x3FFF, 5, 4});
+  for (int i = 0; i < 1500; ++i) tokens = tokens + Area3d(0, 0xFFFF, {9, 8, 0, 255});
+  LoadValues(tokens + Ref3d(0, 7, 1));
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(Items(1), (Expected{0x01000701}));
+}
+
+TEST_F(SeriesCells, ValuesToldAgain_Overwrite) {
+  ChartBuilder book = OneChart();
+  book.Chart().Begin().Series(1).Begin();
+  for (uint16_t ai = 0; ai < 9; ++ai) book.Ai(1, Area3d(0, 0, {ai, 99, 1, 1}));
+  LoadChart(book.End().End());
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(Items(1)[0], 0x01000801);
+  EXPECT_EQ(Items(1)[11], 0x01001301);
+}
+
+// A million puts and twice the array's elements, and no more. Here 1000 values are told 2000 times.
+TEST_F(SeriesCells, ValuesToldWithoutEnd_EndWithTheBudget) {
+  ChartBuilder book = OneChart();
+  book.Chart().Begin().Series(1).Begin();
+  for (uint16_t ai = 0; ai < 2000; ++ai) {
+    const auto column = static_cast<uint8_t>(ai);
+    book.Ai(1, Area3d(0, 0, {0, 999, column, column}));
+  }
+  LoadChart(book.End().End());
+  TestArray line(VT_I4, 1, 1, 1, 1000);
+  EXPECT_EQ(XLGetGraphData(line.Ref(), buffer_, table_, 1, 1), 0);
+  EXPECT_EQ(line.NumberAt(1, 1), 0x1A000001);  // of the 1051st
+  EXPECT_EQ(line.NumberAt(1, 576), 0x1A023F01);
+  EXPECT_EQ(line.NumberAt(1, 577), 0x19024001);
+}
+
+TEST_F(SeriesCells, WhatStandsBehindTheFormula_IsNoPartOfIt) {
+  ChartBuilder book = OneChart();
+  book.Chart().Begin().Series(1).Begin().Low(0x51, Bytes{1, 2, 0, 0, 0, 0, 1, 0, 0x03} + Ref3d(0, 1, 1));
+  LoadChart(book.Low(0x51, Bytes{1, 2, 0, 0, 0, 0, 0, 0} + Ref3d(0, 1, 1)).End().End());
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(Items(1), Expected{});
+}
+
+// Two million values: each series tells all of its own once.
+TEST_F(SeriesCells, LargeAreas_ArePutWhole) {
+  constexpr LONG kSeries = 255, kValues = 8000;
+  ChartBuilder book = OneChart();
+  book.Chart().Begin();
+  for (int i = 0; i < kSeries; ++i) book.Series(1).Begin().Ai(1, Area3d(0, 0, {0, kValues - 1, 3, 3})).End();
+  LoadChart(book.End());
+  TestArray all(VT_I4, 1, kSeries, 1, kValues);
+  EXPECT_EQ(XLGetGraphData(all.Ref(), buffer_, table_, 1, 1), 0);
+  EXPECT_EQ(all.NumberAt(1, kValues), 0x031F3F01);
+  EXPECT_EQ(all.NumberAt(kSeries, 1), 0x03000001);
+  EXPECT_EQ(all.NumberAt(kSeries, kValues), 0x031F3F01);
+}
+
+// A million and a half tokens, and as many of other kinds of data.
+TEST_F(SeriesCells, FormulasOfManyTokens_ArePutWhole) {
+  constexpr LONG kSeries = 255, kValues = 4000;
+  Bytes tokens;
+  for (uint16_t row = 0; row < kValues; ++row)
+    tokens = tokens + Ref3d(0, row, 3) + (row == 0 ? Bytes{} : Bytes{0x10});
+  tokens.resize(60000);  // 3158 references, the last of them cut
+  ChartBuilder book = OneChart();
+  book.Chart().Begin();
+  for (int i = 0; i < kSeries; ++i) book.Series(1).Begin().Ai(0, tokens).Ai(1, tokens).Ai(2, tokens).End();
+  LoadChart(book.End());
+  TestArray all(VT_I4, 1, kSeries, 1, kValues);
+  EXPECT_EQ(XLGetGraphData(all.Ref(), buffer_, table_, 1, 1), 0);
+  for (LONG series : {1, 2, 254, 255}) {
+    EXPECT_EQ(all.NumberAt(series, 1), 0x03000001) << series;
+    EXPECT_EQ(all.NumberAt(series, 3000), 0x030BB701) << series;
+  }
 }
 
 TEST_F(SeriesCells, ArrayOfOtherShape_TakesNothing) {

@@ -196,6 +196,22 @@ TEST_F(SeriesDetails, NameCell_UnknownTokenStepsBackByTwo_ARingEnds) {
   EXPECT_EQ(Numbers(references_, 1), Expected{0x03000101});
 }
 
+TEST_F(SeriesDetails, NameCell_EveryByteOfTheFormulaMayBeAToken_AndNoneBehindIt) {
+  ChartBuilder book = OneSeries();
+  EXPECT_EQ(ReadAndDrop(book.Ai256(Bytes{0x03, 0x03, 0x03, 0x3A})), 0);
+  EXPECT_EQ(Numbers(references_, 1), Expected{0x03030304});
+  Fill(references_, kCount, -7);
+  book = OneSeries();
+  const Bytes behind = Bytes{7, 2, 0, 0, 0, 0, 3, 0, 0x1E, 0, 0, 0x3A};
+  EXPECT_EQ(ReadAndDrop(book.Low(0x51, behind + Bytes(244))), 0);
+  EXPECT_EQ(Numbers(references_, 1), Expected{-7});
+  // In front of it neither: the number format's high byte would be two steps back.
+  book = OneSeries();
+  const Bytes before = Bytes{7, 2, 0, 0, 0, 0x3A, 9, 0, 0x17};
+  EXPECT_EQ(ReadAndDrop(book.Low(0x51, before + Bytes(247))), 0);
+  EXPECT_EQ(Numbers(references_, 1), Expected{-7});
+}
+
 TEST_F(SeriesDetails, NameCell_InFrontOfTheFirstToken_TheWalkEnds) {
   for (uint8_t id : {uint8_t{0x17}, uint8_t{0x00}, uint8_t{0xFF}}) {
     ChartBuilder book = OneSeries();
@@ -211,6 +227,16 @@ TEST_F(SeriesDetails, DeeperRecords_AreNoneOfTheSeries_ButAnAreaFormatIs) {
   EXPECT_EQ(names_.TextAt(1), "unset");
   EXPECT_EQ(Numbers(references_, 1), Expected{-7});
   EXPECT_EQ(Numbers(colours_, 1), Expected{1});
+}
+
+TEST_F(SeriesDetails, BlocksInTheSeries_AreKnownByTheBitOfTheirBeginAndEnd) {
+  ChartBuilder book = OneSeries();
+  book.Record(0x0033).Record(0x1133).SeriesText("deep").Record(0x0034).Record(0x1134).SeriesText("name");
+  EXPECT_EQ(ReadAndDrop(book), 0);
+  EXPECT_EQ(names_.TextAt(1), "name");
+  book = OneSeries();
+  EXPECT_EQ(ReadSeries(book.Record(0x3234).AreaFormat(1, 2, 1).Low(0x45, U16(3))), 0);
+  EXPECT_EQ(Numbers(colours_, 1), Expected{-7});
 }
 
 TEST_F(SeriesDetails, FirstRecordOfEachKindCounts) {

@@ -6,6 +6,8 @@
 
 #include <stdlib.h>
 
+#include "../host/chart_book.h"
+
 static int failures = 0;
 
 static void expect(int holds, const char* what) {
@@ -45,6 +47,38 @@ static void open_what_is_not_there(void) {
   EXPECT(buffer == 0 && table == 0);
 }
 
+/* What a piece printed, zero-terminated. */
+static void take_print(FILE* printed, char* text, size_t room) {
+  rewind(printed);
+  text[fread(text, 1, room - 1, printed)] = 0;
+  fclose(printed);
+}
+
+static void print_the_chart(const char* out) {
+  char text[256];
+  uint32_t table = 0, buffer = MEMORYALLOC(sizeof kChartBook);
+  memcpy((void*)(uintptr_t)buffer, kChartBook, sizeof kChartBook);
+  EXPECT(XLLocateSheets(buffer, &table, sizeof kChartBook) == 0);
+  FILE* printed = fopen(out, "w+b");
+  EXPECT(print_chart(printed, buffer, table, 1, 1) == 0);
+  EXPECT(print_chart(printed, buffer, table, 1, 2) == 9);
+  take_print(printed, text, sizeof text);
+  expect(strcmp(text, "Top, 100 by 50 points\nabc: sheet 1 row 3 column 4\n") == 0, text);
+  close_workbook(&buffer, &table);
+}
+
+/* A sheet without charts, in a workbook from a file. */
+static void print_no_chart(const char* sample, const char* out) {
+  char text[16];
+  uint32_t buffer, size, table;
+  EXPECT(open_workbook(sample, &buffer, &size, &table) == 0);
+  FILE* printed = fopen(out, "w+b");
+  EXPECT(print_chart(printed, buffer, table, 1, 1) == 9);
+  take_print(printed, text, sizeof text);
+  EXPECT(text[0] == 0);
+  close_workbook(&buffer, &table);
+}
+
 static void bind(const char* workbook, const char* newref, const char* folder) {
   char store[1024], command[2048];
   snprintf(store, sizeof store, "%s/guide.ref", folder);
@@ -74,6 +108,9 @@ int main(int argc, char** argv) {
   EXPECT(make_workbook(path) == 0);
   expect_cell(path, 1, 1, "Total");
   expect_cell(path, 1, 2, "12.500000");
+  snprintf(path, sizeof path, "%s/guide_chart.txt", argv[3]);
+  print_the_chart(path);
+  print_no_chart(argv[1], path);
   EXPECT(free_blocks() == 9);
   return failures;
 }
