@@ -115,6 +115,25 @@ TEST_P(TablePositionsTest, CellsBehindTheWidthOfACountAreLost) {
   EXPECT_EQ(Read(), values);
 }
 
+// Rows that advance by 1 and by 2^24 in turn, and a first column that advances by 256: each row looks like the side of a huge box, and is alone.
+TEST_P(TablePositionsTest, RowsThatLookLikeSidesOfHugeBoxesAreStoredOneByOne) {
+  constexpr int32_t kSide = 400;
+  MakeTable({kSide, kSide, 1, 1});
+  Values values(kSide * kSide);
+  Bytes content;
+  for (uint32_t b = 0; b < kSide; ++b) {
+    const bool odd = b % 2 != 0;
+    for (uint32_t a = 0; a < kSide; ++a) values[b * kSide + a] = 16 + 256 * b + (odd ? a << 24 : a);
+    const bool last = b == kSide - 1;
+    const uint8_t code = static_cast<uint8_t>((odd ? 25 : 1) + (last ? 0 : 10));
+    const uint8_t count = static_cast<uint8_t>(kSide);
+    content =
+        BoxPosition(code, b * kSide, 16 + 256 * b, odd ? 0 : count, last ? 0 : 1, odd ? count : 0) + content;
+  }
+  EXPECT_EQ(Fill(values), 0);
+  EXPECT_EQ(Objects(), With(content));
+}
+
 TEST_P(TablePositionsTest, TextsAndNeighboursStay) {
   MakeTable({2, 1, 1, 1});
   ASSERT_EQ(XLRTextToTable(&buffer_, &size_, 1, {1, 1, 1, 1}, "abc"), 0);
