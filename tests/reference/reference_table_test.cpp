@@ -376,6 +376,18 @@ TEST_F(TableBytesTest, ATableAndATextStandInTheirPatchAreas) {
   EXPECT_EQ(Hex(Image()), Hex(expected));
 }
 
+TEST_F(TableBytesTest, ADeletedTableLeavesTheMarkBehindItAndTheJumps) {
+  ASSERT_EQ(XLRCreateTable(&buffer_, &size_, 2, 3, 4, 5), 1);
+  ASSERT_EQ(XLRTextToTable(&buffer_, &size_, 1, {2, 1, 1, 1}, "abc"), 0);
+  Bytes expected = Image();
+  for (const uint32_t at : {36u, 88u, 122u, 135u}) {  // entry, head, text, end
+    expected[at] = kLowSlack;
+    expected[at + 1] = kPrivateHigh;
+  }
+  EXPECT_EQ(XLRDeleteTable(buffer_, 1), 0);
+  EXPECT_EQ(Hex(Image()), Hex(expected));
+}
+
 TEST_F(TableBytesTest, ATableComesBackFromAFile) {
   TempFolder folder;
   const std::string path = folder.File("references.ref");
