@@ -115,6 +115,15 @@ TEST_P(TablePositionsTest, CellsBehindTheWidthOfACountAreLost) {
   EXPECT_EQ(Read(), values);
 }
 
+TEST_P(TablePositionsTest, TheCountOfTheMiddleStepIsReadWhole) {
+  MakeTable({1, 1, 300, 1});
+  Values values(300);
+  for (uint32_t i = 0; i < 300; ++i) values[i] = 7 + 256 * i;
+  EXPECT_EQ(Fill(values), 0);
+  EXPECT_EQ(Objects(), With(BoxPosition(15, 0, 7, 0, 300, 0)));
+  EXPECT_EQ(Read(), values);
+}
+
 // Rows that advance by 1 and by 2^24 in turn, and a first column that advances by 256: each row looks like the side of a huge box, and is alone.
 TEST_P(TablePositionsTest, RowsThatLookLikeSidesOfHugeBoxesAreStoredOneByOne) {
   constexpr int32_t kSide = 400;
