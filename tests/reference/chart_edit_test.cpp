@@ -100,6 +100,27 @@ TEST_F(ChartEditTest, Number0IsFollowedByNumber1) {
   EXPECT_EQ(Objects(), Hex(EditHeadOf(255, 4, 2) + kEditEnd));
 }
 
+TEST_F(ChartEditTest, AnEntryThatPointsToTheHeaderIsNoObject) {
+  CreateTwo();
+  RepointRefEntry(buffer_, 4, EditKindWord(1), 0);
+  const Bytes before = Image();
+  EXPECT_EQ(XLRGraphByChartEdit(buffer_, 1, 4), -997);
+  EXPECT_EQ(XLRUpdateChartEdit(buffer_, 1, 4, 9), -997);
+  EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), -997);
+  EXPECT_EQ(Image(), before);
+}
+
+TEST_F(ChartEditTest, AHeadBehindTheDirectoryDoesNotPass) {
+  MEMORYFREE(&buffer_);
+  Load(RefRecord(0xFF, 21) + EditHeadOf(0, 4, 2) + kEditEnd + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) +
+       Entry(3, 4, 8) + RefRecord(0xFE, 0) + EditHeadOf(1, 4, 3) + kEditEnd);
+  const Bytes before = Image();
+  EXPECT_EQ(XLRGraphByChartEdit(buffer_, 1, 4), -2);
+  EXPECT_EQ(XLRUpdateChartEdit(buffer_, 1, 4, 9), -5);
+  EXPECT_EQ(Image(), before);
+  EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), -2);
+}
+
 // An edit that this library doesn't make: a record and jumps inside, or no end.
 class OddEditTest : public ChartEditTest {
  protected:

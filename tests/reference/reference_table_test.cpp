@@ -449,6 +449,34 @@ TEST_P(OddTableTest, TheIds0AndMinus32768Delete) {
   }
 }
 
+TEST_P(OddTableTest, AllBitsOfTheIdInAHeadCount) {
+  const Bytes first = TableHeadOf(1, 2, 3, 4, 5) + CellText(1, "one") + kTableEnd;
+  const Bytes second = TableHeadOf(0x101, 2, 3, 4, 5) + CellText(1, "two") + kTableEnd;
+  Load(RefRecord(0xFF, static_cast<uint32_t>(8 + first.size() + second.size())) + first + second +
+       RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8) + Entry(1, 0x101, 8) + RefRecord(0xFE, 0));
+  EXPECT_EQ(TextOf(0x101, {1, 1, 1, 1}), "two");  // its entry leads to the table before it
+  EXPECT_EQ(XLRDeleteTable(buffer_, 0x101), 0);
+  EXPECT_EQ(Objects(), Hex(first));
+}
+
+TEST_P(OddTableTest, AnEntryWithANumberKeepsNoId) {
+  Load(RefRecord(0xFF, 8) + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(0x101, 1, 8) + Entry(2, 2, 8) +
+       Entry(1, 3, 8) + RefRecord(0xFE, 0));
+  EXPECT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 1);
+  EXPECT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 2);
+  EXPECT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 4);
+}
+
+TEST_P(OddTableTest, AnEntryThatPointsToTheHeaderIsNoObject) {
+  LoadTable(CellText(1, "abc"));
+  RepointRefEntry(buffer_, 1, kKindTable, 0);
+  const Bytes before = Image();
+  EXPECT_EQ(PutText(1, {1, 1, 1, 1}, "def"), -997);
+  EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "[-997]");
+  EXPECT_EQ(XLRDeleteTable(buffer_, 1), -997);
+  EXPECT_EQ(Image(), before);
+}
+
 TEST_P(OddTableTest, ADamagedLengthIsReadInsideTheBlock) {
   LoadTable(CellText(1, "abc"));
   PutU16(Stream(), 8 + kTableHeadSize + kTableTextLength, 0xFFFF);
