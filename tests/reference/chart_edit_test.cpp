@@ -98,6 +98,8 @@ TEST_F(ChartEditTest, Number0IsFollowedByNumber1) {
   EXPECT_EQ(XLRUpdateChartEdit(buffer_, 0, 4, 7), 0);
   EXPECT_EQ(XLRDeleteChartEdit(buffer_, 0, 4), 0);
   EXPECT_EQ(Objects(), Hex(EditHeadOf(255, 4, 2) + kEditEnd));
+  EXPECT_EQ(EntryOf(0, 4), -2);
+  EXPECT_GT(EntryOf(1, 4), 0);
 }
 
 TEST_F(ChartEditTest, AnEntryThatPointsToTheHeaderIsNoObject) {

@@ -53,6 +53,8 @@ TEST_P(GraphObjectTest, EachGraphHasItsOwnMainTable) {
   EXPECT_EQ(TableOf(1, 0), 1);
   EXPECT_EQ(Bind(2, 0x5678, 1), 0);
   EXPECT_EQ(TableOf(2, 1), 0x5678);
+  EXPECT_EQ(Bind(2, 0x6789, 1), 0);
+  EXPECT_EQ(TableOf(2, 1), 0x6789);
 }
 
 TEST_P(GraphObjectTest, AnEntryThatPointsToTheHeaderIsNoObject) {

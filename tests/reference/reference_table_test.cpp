@@ -5,6 +5,8 @@
 #include "reference/reference_file.h"
 #include "reference/reference_index.h"
 #include "reference/reference_states.h"
+#include "reference/table_array.h"
+#include "reference/table_positions.h"
 #include "support/temp_file.h"
 #include "support/test_array.h"
 #include "support/workbook_file.h"
@@ -87,6 +89,16 @@ TEST_P(ReferenceTableTest, TextReplacesTextInItsPlace) {
   EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "");
   EXPECT_EQ(PutText(1, {2, 1, 1, 1}, nullptr), 0);
   EXPECT_EQ(Objects(), WithTable1(CellText(1, "") + CellText(2, "")));
+}
+
+TEST_P(ReferenceTableTest, TextsThatJustFitABlockAreKept) {
+  for (const size_t record : {256u, 512u, 1024u}) {
+    for (size_t length = record - 16; length < record; ++length) {
+      const std::string text = std::string(length - 1, 'a') + 'z';
+      EXPECT_EQ(PutText(1, {1, 1, 1, 1}, text.c_str()), 0);
+      EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), text);
+    }
+  }
 }
 
 TEST_P(ReferenceTableTest, TextIsKeptByteForByte) {
@@ -457,6 +469,21 @@ TEST_P(OddTableTest, AllBitsOfTheIdInAHeadCount) {
   EXPECT_EQ(TextOf(0x101, {1, 1, 1, 1}), "two");  // its entry leads to the table before it
   EXPECT_EQ(XLRDeleteTable(buffer_, 0x101), 0);
   EXPECT_EQ(Objects(), Hex(first));
+}
+
+TEST_P(OddTableTest, ATableThatLeadsOutOfTheStreamTakesNothing) {
+  MEMORYFREE(&buffer_);
+  LoadTable(Bytes{0xFF, 0xFE, 4, 0} + U32(0x7FFFFFF0));
+  const Bytes before = Image();
+  EXPECT_EQ(PutText(1, {1, 1, 1, 1}, "abc"), -5);
+  EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "[-200]");
+  TableArray array({2, 3, 4, 5});
+  array.Set(1, 1, 1, 1, 1);
+  EXPECT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 1), -10);  // a cell alone
+  array.Set(2, 1, 1, 1, 2);
+  EXPECT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 1), -10);  // a box
+  EXPECT_EQ(Image(), before);
+  EXPECT_EQ(LiveBlocks(), 1u);
 }
 
 TEST_P(OddTableTest, AnEntryWithANumberKeepsNoId) {

@@ -295,6 +295,9 @@ TEST_F(OddPositionsTest, ANegativeIndexIsSplitBySignedDivision) {
   // -2 in sizes (3, 2, 1, 1): a is -2, the rest 0. The box begins two places in front of the array.
   EXPECT_EQ(ReadOf(BoxPosition(1, 0xFFFFFFFE, 10, 5, 0, 0), {3, 2, 1, 1}), (Values{12, 13, 14, 5, 5, 5}));
   EXPECT_EQ(ReadOf(CellPosition(0xFFFFFFFE, 10), {3, 2, 1, 1}), Values(6, 5));
+  // -5 in sizes (3, 2, 1, 1): a is -2, b is -1.
+  EXPECT_EQ(ReadOf(BoxPosition(1 + 10, 0xFFFFFFFB, 10, 5, 2, 0), {3, 2, 1, 1}),
+            (Values{268, 269, 270, 5, 5, 5}));
 }
 
 TEST_F(OddPositionsTest, AnIndexBehindTheLastCellComesRoundInTheFourthDimension) {
