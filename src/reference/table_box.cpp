@@ -74,7 +74,7 @@ bool IsLarger(const GridCell& extents, const GridCell& than) {
 }
 
 // Cuts the extents to those of the largest box whose cells all fit. A row without a cell that fits ends its plane, for behind it nothing can:
-// so the time goes with the cells that fit, which are few more than the box takes, and not with the remaining array.
+// so the time goes with the cells that fit, and not with the remaining array. Only marks that this call has made are read.
 void TakeLargest(Box* box, const Block& mask) {
   const GridCell& past = box->extents;
   const GridStrides strides = StridesOf({1, past[1], past[2], past[3]});
