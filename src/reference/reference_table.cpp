@@ -62,26 +62,27 @@ int16_t FindCellRecord(uint32_t buffer, uint16_t table, const TableCoordinates& 
 
 // What a cell's record holds behind the cell number.
 struct CellContent {
-  uint8_t low;     // of the record's type
-  bool counted;    // whether the length stands in front
-  int16_t length;  // of the bytes
+  uint8_t low;    // of the record's type
+  bool counted;   // whether the length stands in front
+  size_t length;  // of the bytes
   const void* bytes;
 };
 
-// The record's size in 16 bits.
-int16_t RecordSize(const CellContent& content) {
-  const int32_t before = content.counted ? kTableText : kTableValue;
-  return static_cast<int16_t>(content.length + before);
-}
-
-void BuildRecord(const Block& record, uint32_t number, const CellContent& content) {
-  const uint32_t length = static_cast<uint16_t>(content.length);
-  PutU16(record, kRecordTypeLow, ReferenceType(content.low));
-  PutU16(record, kRecordLength, static_cast<uint16_t>(RecordSize(content) - int32_t{kHeaderSize}));
-  PutU32(record, kTableCellNumber, number);
-  if (content.counted) PutU16(record, kTableTextLength, static_cast<uint16_t>(content.length));
-  CopyIn(record, content.counted ? kTableText : kTableValue, static_cast<const uint8_t*>(content.bytes),
-         length);
+// Takes a pool block for the cell's record and builds it; its bytes in *count. Returns 0 when there is no block, or the record would be too
+// long for one: its size counts in 16 bits with a sign.
+uint32_t MakeRecord(uint32_t number, const CellContent& content, uint32_t* count) {
+  const uint32_t before = content.counted ? kTableText : kTableValue;
+  if (content.length > static_cast<size_t>(INT16_MAX) - before) return 0;
+  const uint32_t length = static_cast<uint32_t>(content.length);
+  *count = before + length;
+  const uint32_t record = MEMORYALLOC(static_cast<int32_t>(*count));
+  const Block block = OpenBlock(record);
+  PutU16(block, kRecordTypeLow, ReferenceType(content.low));
+  PutU16(block, kRecordLength, static_cast<uint16_t>(*count - kHeaderSize));
+  PutU32(block, kTableCellNumber, number);
+  if (content.counted) PutU16(block, kTableTextLength, static_cast<uint16_t>(length));
+  CopyIn(block, before, static_cast<const uint8_t*>(content.bytes), length);
+  return record;
 }
 
 int16_t SaveCell(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoordinates& cell,
@@ -91,8 +92,8 @@ int16_t SaveCell(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoo
   CellSearch search;
   const int16_t found = FindCellRecord(*buffer, id, cell, content.low, Wanted::kLast, &search);
   if (found != kRefDone) return found;
-  const int16_t count = RecordSize(content);
-  uint32_t record = content.length < 0 || count < 0 ? 0 : MEMORYALLOC(count);
+  uint32_t count = 0;
+  uint32_t record = MakeRecord(search.number, content, &count);
   if (record == 0) return kTableNoRecord;
   // A deletion takes the block too, and stores what it has for a cell that has nothing, on purpose.
   if (table < 1 && search.record != kNoRecord) {
@@ -100,8 +101,7 @@ int16_t SaveCell(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoo
     MEMORYFREE(&record);
     return kRefDone;
   }
-  BuildRecord(OpenBlock(record), search.number, content);
-  return PutObjectRecord(buffer, size, search.record, search.end, &record, static_cast<uint32_t>(count));
+  return PutObjectRecord(buffer, size, search.record, search.end, &record, count);
 }
 
 int16_t FindContent(uint32_t buffer, uint16_t table, const TableCoordinates& cell, uint8_t low,
@@ -136,7 +136,7 @@ int16_t XLRDeleteTable(uint32_t buffer, uint16_t table) {
 int16_t XLRTextToTable(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoordinates& cell,
                        const char* text) {
   const size_t length = text != nullptr ? std::strlen(text) : 0;
-  return SaveCell(buffer, size, table, cell, {kLowTableText, true, static_cast<int16_t>(length), text});
+  return SaveCell(buffer, size, table, cell, {kLowTableText, true, length, text});
 }
 
 int16_t XLRValueToTable(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoordinates& cell,

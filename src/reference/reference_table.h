@@ -36,9 +36,9 @@ int16_t XLRDeleteTable(uint32_t buffer, uint16_t table);
 // Stores a cell's text (null: an empty one), its value (8 bytes, low half first), in the place of an old one or last in the table. With a
 // negative id it deletes that of table -id; a cell that has none gets the new one all the same, on purpose.
 // RESULT: 0. -1 no buffer; -997 no such table; -2 its head was not met; -100 a coordinate above its dimension, and nothing below it is
-// tested, on purpose: nothing has changed. -4 no pool block for the record, also for a text that a record can't hold (more than 32757
-// bytes; one whose length in 16 bits is less is cut to that): nothing has changed. -6, -5 the patch failed, in the place of the old one,
-// at the end: a buffer that can't grow has been freed and *buffer is 0. No block stays taken.
+// tested, on purpose: nothing has changed. -4 no pool block for the record, also for a text that a record can't hold, of more than 32757
+// bytes: nothing has changed. -6, -5 the patch failed, in the place of the old one, at the end: a buffer that can't grow has been freed and
+// *buffer is 0. No block stays taken.
 int16_t XLRTextToTable(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoordinates& cell,
                        const char* text);
 int16_t XLRValueToTable(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoordinates& cell,

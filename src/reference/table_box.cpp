@@ -1,6 +1,8 @@
 // EncodeTableBox: the directions, the largest box that fits, its record.
 #include "reference/table_box.h"
 
+#include <algorithm>
+
 #include "foundation/memory_pool.h"
 #include "reference/reference_directory.h"
 #include "reference/table_grid.h"
@@ -9,7 +11,7 @@ namespace tolvenar {
 
 namespace {
 
-constexpr uint32_t kValueSize = 4;  // of a position value, and of a place of the mask
+constexpr uint32_t kValueSize = 4;  // of a position value, and of a row's mark
 
 // What is known of a box while it is looked for.
 struct Box {
@@ -46,35 +48,50 @@ void FindStep(Box* box, uint32_t k) {
   box->extents[k] = 1;
 }
 
-// How far the values advance evenly along dimension k alone. No box reaches further, so the mask need not either.
-int32_t RunAlong(const Box& box, uint32_t k) {
-  GridCell cell = kGridOrigin;
-  do {
-    ++cell[k];
-  } while (cell[k] < box.extents[k] && ValueAt(box, cell) == ExpectedAt(box, cell));
-  return cell[k];
+// How many cells of a row, which goes along dimension 1, fit: `cell` is its first one.
+int32_t RowLength(const Box& box, GridCell cell, int32_t limit) {
+  while (cell[0] < limit && ValueAt(box, cell) == ExpectedAt(box, cell)) ++cell[0];
+  return cell[0];
 }
 
-// Cuts the extents to those of the largest box. The mask, which has the extents as its sizes, marks the places up to which the whole box from
-// the corner fits. Of boxes of one volume the one that reaches further along the first dimensions wins.
+// Marks how far the row that begins at `cell` fits together with all rows between it and the corner: no further than the rows before it.
+int32_t MarkRow(const Box& box, const Block& mask, const GridStrides& strides, const GridCell& cell) {
+  const uint32_t place = PlaceOf(strides, cell);
+  int32_t limit = box.extents[0];
+  for (uint32_t k = 1; k < kGridDimensions; ++k) {
+    if (cell[k] == 0) continue;
+    limit = std::min(limit, static_cast<int32_t>(U32At(mask, (place - strides[k]) * kValueSize)));
+  }
+  const int32_t length = RowLength(box, cell, limit);
+  PutU32(mask, place * kValueSize, static_cast<uint32_t>(length));
+  return length;
+}
+
+// Of boxes of one volume the one that reaches further along the first dimensions is larger.
+bool IsLarger(const GridCell& extents, const GridCell& than) {
+  const int64_t more = VolumeOf(extents) - VolumeOf(than);
+  return more != 0 ? more > 0 : extents > than;
+}
+
+// Cuts the extents to those of the largest box whose cells all fit. A row without a cell that fits ends its plane, for behind it nothing can:
+// so the time goes with the cells that fit, and not with the remaining array. Only marks that this call has made are read.
 void TakeLargest(Box* box, const Block& mask) {
-  const GridStrides strides = StridesOf(box->extents);
+  const GridCell& past = box->extents;
+  const GridStrides strides = StridesOf({1, past[1], past[2], past[3]});
   GridCell largest = {1, 1, 1, 1};
-  int64_t volume = 1;
-  VisitPlaces(kGridOrigin, box->extents, [&](const GridCell& cell) {
-    const uint32_t place = PlaceOf(strides, cell);
-    bool fits = ValueAt(*box, cell) == ExpectedAt(*box, cell);
-    for (uint32_t k = 0; k < kGridDimensions && fits; ++k) {
-      fits = cell[k] == 0 || U32At(mask, (place - strides[k]) * kValueSize) != 0;
+  GridCell row = kGridOrigin;
+  for (row[3] = 0; row[3] < past[3]; ++row[3]) {
+    for (row[2] = 0; row[2] < past[2]; ++row[2]) {
+      for (row[1] = 0; row[1] < past[1]; ++row[1]) {
+        const int32_t length = MarkRow(*box, mask, strides, row);
+        if (length == 0) break;
+        const GridCell extents = {length, row[1] + 1, row[2] + 1, row[3] + 1};
+        if (IsLarger(extents, largest)) largest = extents;
+      }
+      if (row[1] == 0) break;
     }
-    PutU32(mask, place * kValueSize, fits ? 1 : 0);
-    if (!fits) return;
-    const GridCell extents = {cell[0] + 1, cell[1] + 1, cell[2] + 1, cell[3] + 1};
-    const int64_t reached = VolumeOf(extents);
-    if (reached < volume || (reached == volume && extents < largest)) return;
-    largest = extents;
-    volume = reached;
-  });
+    if (row[2] == 0) break;
+  }
   box->extents = largest;
 }
 
@@ -92,9 +109,6 @@ int16_t FitBox(Box* box, int64_t volume) {
   const bool too_large = volume > INT32_MAX / int64_t{kValueSize};
   uint32_t mask = too_large ? 0 : TakeUncleared(static_cast<int32_t>(volume * kValueSize));
   if (mask == 0) return kBoxNoMask;
-  GridCell runs;
-  for (uint32_t k = 0; k < kGridDimensions; ++k) runs[k] = RunAlong(*box, k);
-  box->extents = runs;
   TakeLargest(box, OpenBlock(mask));
   MEMORYFREE(&mask);
   return kBoxDone;

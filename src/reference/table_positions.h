@@ -21,7 +21,7 @@ int16_t XLRFillTable(uint32_t* buffer, uint32_t* size, SAFEARRAY** array, uint16
 
 // Puts the stored values into the array; elements without one keep what they hold. A cell that stands alone lands one place lower in each
 // dimension than it was taken from, on purpose; where that is outside the array it is lost. What a damaged box has outside the array is
-// passed over.
+// passed over, so that a record takes no more time than the array has elements.
 // RESULT: 0. -1 no buffer; -997 no such table; -2 its head was not met; -3, -4 the array's dimensions, its bounds: nothing was put.
 int16_t XLRGetRefTable(uint32_t buffer, uint16_t table, SAFEARRAY** array);
 

@@ -90,6 +90,66 @@ TEST_F(ChartEditTest, ANumberAbove255FindsAnEntryAndNoHead) {
   EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), -997);
 }
 
+TEST_F(ChartEditTest, Number0IsFollowedByNumber1) {
+  ASSERT_EQ(Create(0, 4, 2), 0);
+  ASSERT_EQ(Create(1, 4, 0x56), 0);  // its head holds 0
+  EXPECT_EQ(XLRGraphByChartEdit(buffer_, 0, 4), 0x5600);
+  EXPECT_EQ(XLRGraphByChartEdit(buffer_, 256, 4), -2);  // the entry of number 0, and a head that no byte is
+  EXPECT_EQ(XLRUpdateChartEdit(buffer_, 0, 4, 7), 0);
+  EXPECT_EQ(XLRDeleteChartEdit(buffer_, 0, 4), 0);
+  EXPECT_EQ(Objects(), Hex(EditHeadOf(255, 4, 2) + kEditEnd));
+  EXPECT_EQ(EntryOf(0, 4), -2);
+  EXPECT_GT(EntryOf(1, 4), 0);
+}
+
+TEST_F(ChartEditTest, AnEntryThatPointsToTheHeaderIsNoObject) {
+  CreateTwo();
+  RepointRefEntry(buffer_, 4, EditKindWord(1), 0);
+  const Bytes before = Image();
+  EXPECT_EQ(XLRGraphByChartEdit(buffer_, 1, 4), -997);
+  EXPECT_EQ(XLRUpdateChartEdit(buffer_, 1, 4, 9), -997);
+  EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), -997);
+  EXPECT_EQ(Image(), before);
+}
+
+TEST_F(ChartEditTest, AHeadBehindTheDirectoryDoesNotPass) {
+  MEMORYFREE(&buffer_);
+  Load(RefRecord(0xFF, 21) + EditHeadOf(0, 4, 2) + kEditEnd + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) +
+       Entry(3, 4, 8) + RefRecord(0xFE, 0) + EditHeadOf(1, 4, 3) + kEditEnd);
+  const Bytes before = Image();
+  EXPECT_EQ(XLRGraphByChartEdit(buffer_, 1, 4), -2);
+  EXPECT_EQ(XLRUpdateChartEdit(buffer_, 1, 4, 9), -5);
+  EXPECT_EQ(Image(), before);
+  EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), -2);
+}
+
+// An edit that this library doesn't make: a record and jumps inside, or no end.
+class OddEditTest : public ChartEditTest {
+ protected:
+  void LoadEdit(const Bytes& edit) {
+    const Bytes object = EditHeadOf(1, 9, 2) + edit;
+    MEMORYFREE(&buffer_);
+    Load(RefRecord(0xFF, static_cast<uint32_t>(8 + object.size())) + object + RefRecord(0xDA, 0) +
+         RefRecord(0xDB, 0) + Entry(3, 4, 8) + RefRecord(0xFE, 0));
+  }
+};
+
+TEST_F(OddEditTest, DeletionKeepsTheJumpsInside) {
+  const Bytes jumps = Bytes{0xFF, 0xFE, 4, 0} + U32(25) + Bytes{0xFA, 0xFE, 4, 0} + U32(33);
+  LoadEdit(jumps + Value(1, 1) + kEditEnd);
+  EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), 0);
+  EXPECT_EQ(Objects(), "");
+  EXPECT_EQ(Hex(BlockContents(buffer_, 33)).substr(3 * 17), Hex(jumps));
+}
+
+TEST_F(OddEditTest, DeletionWithoutAnEndGoesOnToTheEndOfTheDirectory) {
+  LoadEdit(Value(1, 1));
+  EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)).substr(3 * (size_ - 8 - 4)),
+            Hex(RefRecord(0xFE, 0) + Bytes{0xF8, 0xFE, 0, 0}));
+  EXPECT_EQ(XLRGetNumItems(buffer_, 3), -1);  // the mark and the directory went along
+}
+
 TEST_F(ChartEditTest, DeletingTheLastOneLeavesItsRecords) {
   ASSERT_EQ(Create(1, 4, 2), 0);
   EXPECT_EQ(XLRDeleteChartEdit(buffer_, 1, 4), -2);

@@ -47,6 +47,26 @@ TEST_P(GraphObjectTest, TheMainTableChangesInPlace) {
   EXPECT_EQ(Objects(), WithGraph1({}, 7));
 }
 
+TEST_P(GraphObjectTest, EachGraphHasItsOwnMainTable) {
+  EXPECT_EQ(XLRUpdateGraph(buffer_, 2, 0x1234), 0);
+  EXPECT_EQ(TableOf(2, 0), 0x1234);
+  EXPECT_EQ(TableOf(1, 0), 1);
+  EXPECT_EQ(Bind(2, 0x5678, 1), 0);
+  EXPECT_EQ(TableOf(2, 1), 0x5678);
+  EXPECT_EQ(Bind(2, 0x6789, 1), 0);
+  EXPECT_EQ(TableOf(2, 1), 0x6789);
+}
+
+TEST_P(GraphObjectTest, AnEntryThatPointsToTheHeaderIsNoObject) {
+  RepointRefEntry(buffer_, 1, kKindGraph, 0);
+  const Bytes before = Image();
+  EXPECT_EQ(TableOf(1, 0), -997);
+  EXPECT_EQ(XLRUpdateGraph(buffer_, 1, 7), -997);
+  EXPECT_EQ(Bind(1, 5, 2), -997);
+  EXPECT_EQ(XLRDeleteGraph(buffer_, 1), -997);
+  EXPECT_EQ(Image(), before);  // the entry stays
+}
+
 TEST_P(GraphObjectTest, ALinkIsAddedChangedAndRemoved) {
   EXPECT_EQ(Bind(1, 5, 2), 0);
   EXPECT_EQ(Bind(1, 6, 3), 0);

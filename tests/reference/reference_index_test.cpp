@@ -119,6 +119,25 @@ TEST_P(ReferenceIndexTest, TheCountIsTakenAs16Bits) {
   EXPECT_EQ(Indices(&first, &second, 0xFFFF, 2), -4);
 }
 
+TEST_P(ReferenceIndexTest, AllBitsOfTheKindCount) {
+  TestArray first(VT_I4, 1, 2);
+  TestArray second(VT_I4, 1, 2);
+  for (const uint32_t kind : {0x10002u, 0x102u, 0xFF03u, 0u}) {
+    EXPECT_EQ(Indices(&first, &second, 2, kind), 0) << kind;
+    EXPECT_EQ(first.NumberAt(1), 0) << kind;
+  }
+  EXPECT_EQ(Indices(&first, &second, 2, 0xFFFFFF03), 0);  // the edits of which the remainder is negative
+  EXPECT_NE(first.NumberAt(1), 0);
+  EXPECT_NE(first.NumberAt(2), 0);
+}
+
+TEST_P(ReferenceIndexTest, ArraysWithoutElementsTakeNothing) {
+  TestArray first(VT_I4, 1, 0);
+  TestArray second(VT_I4, 1, 0);
+  EXPECT_EQ(Indices(&first, &second, 0, 1), 0);
+  EXPECT_EQ(Indices(&first, &second, 1, 1), -4);
+}
+
 TEST_P(ReferenceIndexTest, TheFirstArrayIsTestedBeforeTheSecondAndBothBeforeTheDirectory) {
   TestArray fits(VT_I4, 1, 2);
   TestArray matrix(VT_I4, 1, 2, 1, 2);

@@ -5,6 +5,8 @@
 #include "reference/reference_file.h"
 #include "reference/reference_index.h"
 #include "reference/reference_states.h"
+#include "reference/table_array.h"
+#include "reference/table_positions.h"
 #include "support/temp_file.h"
 #include "support/test_array.h"
 #include "support/workbook_file.h"
@@ -87,6 +89,16 @@ TEST_P(ReferenceTableTest, TextReplacesTextInItsPlace) {
   EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "");
   EXPECT_EQ(PutText(1, {2, 1, 1, 1}, nullptr), 0);
   EXPECT_EQ(Objects(), WithTable1(CellText(1, "") + CellText(2, "")));
+}
+
+TEST_P(ReferenceTableTest, TextsThatJustFitABlockAreKept) {
+  for (const size_t record : {256u, 512u, 1024u}) {
+    for (size_t length = record - 16; length < record; ++length) {
+      const std::string text = std::string(length - 1, 'a') + 'z';
+      EXPECT_EQ(PutText(1, {1, 1, 1, 1}, text.c_str()), 0);
+      EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), text);
+    }
+  }
 }
 
 TEST_P(ReferenceTableTest, TextIsKeptByteForByte) {
@@ -344,13 +356,12 @@ TEST_P(ReferenceTableTest, TheLongestTextHas32757Bytes) {
   EXPECT_EQ(PutText(1, {1, 1, 1, 1}, longest.c_str()), 0);
   EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), longest);
   const Bytes before = Image();
-  for (const size_t length : {32758u, 32768u, 65525u, 65526u, 65535u}) {
+  for (const size_t length : {32758u, 32768u, 65525u, 65526u, 65535u, 65536u, 65539u, 131072u}) {
     EXPECT_EQ(PutText(1, {1, 1, 1, 1}, std::string(length, 'y').c_str()), -4) << length;
     EXPECT_EQ(PutText(1, {2, 1, 1, 1}, std::string(length, 'y').c_str()), -4) << length;
   }
+  EXPECT_EQ(PutText(-1, {1, 1, 1, 1}, std::string(32758, 'y').c_str()), -4);  // nothing is deleted either
   EXPECT_EQ(Image(), before);
-  EXPECT_EQ(PutText(1, {2, 1, 1, 1}, std::string(65536 + 3, 'z').c_str()), 0);  // 16 bits of its length count
-  EXPECT_EQ(TextOf(1, {2, 1, 1, 1}), "zzz");
   EXPECT_EQ(LiveBlocks(), 1u);
 }
 
@@ -374,6 +385,18 @@ TEST_F(TableBytesTest, ATableAndATextStandInTheirPatchAreas) {
                           0xD5, 0x10, 9,  0, 2,    0,    0, 0, 3,    0,    'a', 'b', 'c',  // 122: TABLETEXT
                           0xE0, 0x10, 0,  0, 0xDA, 0x10, 4, 0, 0,    0,    0,   0,  // TABLEEND, old mark
                           0xFA, 0xFE, 4,  0, 114,  0,    0, 0};
+  EXPECT_EQ(Hex(Image()), Hex(expected));
+}
+
+TEST_F(TableBytesTest, ADeletedTableLeavesTheMarkBehindItAndTheJumps) {
+  ASSERT_EQ(XLRCreateTable(&buffer_, &size_, 2, 3, 4, 5), 1);
+  ASSERT_EQ(XLRTextToTable(&buffer_, &size_, 1, {2, 1, 1, 1}, "abc"), 0);
+  Bytes expected = Image();
+  for (const uint32_t at : {36u, 88u, 122u, 135u}) {  // entry, head, text, end
+    expected[at] = kLowSlack;
+    expected[at + 1] = kPrivateHigh;
+  }
+  EXPECT_EQ(XLRDeleteTable(buffer_, 1), 0);
   EXPECT_EQ(Hex(Image()), Hex(expected));
 }
 
@@ -436,6 +459,49 @@ TEST_P(OddTableTest, TheIds0AndMinus32768Delete) {
     EXPECT_EQ(TextOf(listed, {1, 1, 1, 1}), "[-200]");
     MEMORYFREE(&buffer_);
   }
+}
+
+TEST_P(OddTableTest, AllBitsOfTheIdInAHeadCount) {
+  const Bytes first = TableHeadOf(1, 2, 3, 4, 5) + CellText(1, "one") + kTableEnd;
+  const Bytes second = TableHeadOf(0x101, 2, 3, 4, 5) + CellText(1, "two") + kTableEnd;
+  Load(RefRecord(0xFF, static_cast<uint32_t>(8 + first.size() + second.size())) + first + second +
+       RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8) + Entry(1, 0x101, 8) + RefRecord(0xFE, 0));
+  EXPECT_EQ(TextOf(0x101, {1, 1, 1, 1}), "two");  // its entry leads to the table before it
+  EXPECT_EQ(XLRDeleteTable(buffer_, 0x101), 0);
+  EXPECT_EQ(Objects(), Hex(first));
+}
+
+TEST_P(OddTableTest, ATableThatLeadsOutOfTheStreamTakesNothing) {
+  MEMORYFREE(&buffer_);
+  LoadTable(Bytes{0xFF, 0xFE, 4, 0} + U32(0x7FFFFFF0));
+  const Bytes before = Image();
+  EXPECT_EQ(PutText(1, {1, 1, 1, 1}, "abc"), -5);
+  EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "[-200]");
+  TableArray array({2, 3, 4, 5});
+  array.Set(1, 1, 1, 1, 1);
+  EXPECT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 1), -10);  // a cell alone
+  array.Set(2, 1, 1, 1, 2);
+  EXPECT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 1), -10);  // a box
+  EXPECT_EQ(Image(), before);
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_P(OddTableTest, AnEntryWithANumberKeepsNoId) {
+  Load(RefRecord(0xFF, 8) + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(0x101, 1, 8) + Entry(2, 2, 8) +
+       Entry(1, 3, 8) + RefRecord(0xFE, 0));
+  EXPECT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 1);
+  EXPECT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 2);
+  EXPECT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 4);
+}
+
+TEST_P(OddTableTest, AnEntryThatPointsToTheHeaderIsNoObject) {
+  LoadTable(CellText(1, "abc"));
+  RepointRefEntry(buffer_, 1, kKindTable, 0);
+  const Bytes before = Image();
+  EXPECT_EQ(PutText(1, {1, 1, 1, 1}, "def"), -997);
+  EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "[-997]");
+  EXPECT_EQ(XLRDeleteTable(buffer_, 1), -997);
+  EXPECT_EQ(Image(), before);
 }
 
 TEST_P(OddTableTest, ADamagedLengthIsReadInsideTheBlock) {

@@ -140,8 +140,21 @@ class TableModelTest : public RefStateTest {
  protected:
   int Pick(int n) { return static_cast<int>(random_() % static_cast<uint32_t>(n)); }
 
-  // Values that advance evenly along random dimensions, with holes and strays.
-  Values RandomValues(const GridCell& sizes, int spoilt) {
+  GridCell RandomSizes(int most) {
+    GridCell sizes;
+    for (int32_t& size : sizes) size = 1 + Pick(most);
+    return sizes;
+  }
+  // Long in two dimensions.
+  GridCell RandomPlane() {
+    GridCell sizes = {1, 1, 1, 1};
+    sizes[static_cast<size_t>(Pick(2))] = 1 + Pick(14);
+    sizes[static_cast<size_t>(2 + Pick(2))] = 1 + Pick(14);
+    return sizes;
+  }
+
+  // Values that advance evenly from `base` along random dimensions, with holes and strays.
+  Values RandomValues(const GridCell& sizes, int spoilt, uint32_t base = 0x1000) {
     const uint32_t steps[] = {0, 1, 0x100, 0x1000000, 2};
     GridStrides along;
     for (uint32_t& step : along) step = steps[Pick(5)];
@@ -149,10 +162,41 @@ class TableModelTest : public RefStateTest {
     const GridStrides strides = StridesOf(sizes);
     VisitCells(kGridOrigin, sizes, [&](const GridCell& cell) {
       const bool stray = Pick(100) < spoilt;
-      values[PlaceOf(strides, cell)] = stray ? static_cast<uint32_t>(Pick(4)) : 0x1000 + PlaceOf(along, cell);
+      values[PlaceOf(strides, cell)] = stray ? static_cast<uint32_t>(Pick(4)) : base + PlaceOf(along, cell);
       return true;
     });
     return values;
+  }
+
+  // Values that differ by steps everywhere, and nowhere in good order: many small boxes, many of one volume.
+  Values RandomSteps(const GridCell& sizes, uint32_t base) {
+    Values values(static_cast<size_t>(VolumeOf(sizes)));
+    for (uint32_t& value : values) {
+      value = base;
+      for (const uint32_t step : kSteps) value += step * static_cast<uint32_t>(Pick(2));
+    }
+    return values;
+  }
+
+  // Fills table 1 and holds its records, and what comes back, against the model.
+  void Check(const GridCell& sizes, const Values& values) {
+    SetUp();
+    const auto u16 = [&](uint32_t k) { return static_cast<uint16_t>(sizes[k]); };
+    ASSERT_EQ(XLRCreateTable(&buffer_, &size_, u16(0), u16(1), u16(2), u16(3)), 1);
+    ASSERT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 2);
+    Settle();
+    TableArray array(sizes);
+    array.SetAll(values);
+    ASSERT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 1), 0);
+    ModelTable model(sizes, values);
+    const std::vector<ModelBox> boxes = model.TakeBoxes();
+    Bytes content;
+    for (const ModelBox& box : boxes) content = RecordOf(box, model.Index(box.at)) + content;
+    ASSERT_EQ(Objects(), Hex(TableHeadOf(1, u16(0), u16(1), u16(2), u16(3)) + content + kTableEnd +
+                             TableHeadOf(2, 1, 1, 1, 1) + kTableEnd));
+    array.SetAll(Values(values.size()));
+    ASSERT_EQ(XLRGetRefTable(buffer_, 1, array.Ref()), 0);
+    ASSERT_EQ(array.All(), ReadBack(boxes, sizes));
   }
 
   std::mt19937 random_{20260};
@@ -186,36 +230,42 @@ std::vector<ModelBox> BoxesOf(const Bytes& content, const GridCell& sizes) {
 }
 
 TEST_P(TableModelTest, RandomTablesAreStoredAndReadAsTheModelSays) {
-  for (int round = 0; round < 250; ++round) {
-    SetUp();
-    GridCell sizes;
-    for (int32_t& size : sizes) size = 1 + Pick(5);
-    const auto u16 = [&](uint32_t k) { return static_cast<uint16_t>(sizes[k]); };
-    ASSERT_EQ(XLRCreateTable(&buffer_, &size_, u16(0), u16(1), u16(2), u16(3)), 1);
-    ASSERT_EQ(XLRCreateTable(&buffer_, &size_, 1, 1, 1, 1), 2);
-    Settle();
-    const Values values = RandomValues(sizes, 5 * Pick(10));
-    TableArray array(sizes);
-    array.SetAll(values);
-    ASSERT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 1), 0);
-    ModelTable model(sizes, values);
-    const std::vector<ModelBox> boxes = model.TakeBoxes();
-    Bytes content;
-    for (const ModelBox& box : boxes) content = RecordOf(box, model.Index(box.at)) + content;
-    ASSERT_EQ(Objects(), Hex(TableHeadOf(1, u16(0), u16(1), u16(2), u16(3)) + content + kTableEnd +
-                             TableHeadOf(2, 1, 1, 1, 1) + kTableEnd))
-        << round;
-    array.SetAll(Values(values.size()));
-    ASSERT_EQ(XLRGetRefTable(buffer_, 1, array.Ref()), 0);
-    ASSERT_EQ(array.All(), ReadBack(boxes, sizes)) << round;
+  for (int round = 0; round < 250 && !HasFatalFailure(); ++round) {
+    SCOPED_TRACE(round);
+    const GridCell sizes = RandomSizes(5);
+    Check(sizes, RandomValues(sizes, 5 * Pick(10)));
+  }
+}
+
+TEST_P(TableModelTest, ValuesThatComeRoundAt32BitsAreStoredAsTheModelSays) {
+  for (int round = 0; round < 250 && !HasFatalFailure(); ++round) {
+    SCOPED_TRACE(round);
+    const GridCell sizes = RandomSizes(5);
+    const uint32_t bases[] = {0xFFFFFFFF, 0xFFFFFFFE, 0xFFFFFF00, 0xFFFFFE00, 0xFF000000, 0xFE000000};
+    Check(sizes, RandomValues(sizes, 3 * Pick(10), bases[Pick(6)]));
+  }
+}
+
+TEST_P(TableModelTest, StepsWithoutOrderAreStoredAsTheModelSays) {
+  for (int round = 0; round < 150 && !HasFatalFailure(); ++round) {
+    SCOPED_TRACE(round);
+    const GridCell sizes = RandomSizes(5);
+    Check(sizes, RandomSteps(sizes, Pick(2) == 0 ? 0x1000 : 0xFFFFFFFF));
+  }
+}
+
+TEST_P(TableModelTest, PlanesAreStoredAsTheModelSays) {
+  for (int round = 0; round < 150 && !HasFatalFailure(); ++round) {
+    SCOPED_TRACE(round);
+    const GridCell sizes = RandomPlane();
+    Check(sizes, round % 3 == 0 ? RandomSteps(sizes, 0x1000) : RandomValues(sizes, 2 * Pick(10)));
   }
 }
 
 TEST_P(TableModelTest, TheRecordsCoverEachCellThatIsNot0Once) {
   for (int round = 0; round < 250; ++round) {
     SetUp();
-    GridCell sizes;
-    for (int32_t& size : sizes) size = 1 + Pick(6);
+    const GridCell sizes = RandomSizes(6);
     const auto u16 = [&](uint32_t k) { return static_cast<uint16_t>(sizes[k]); };
     ASSERT_EQ(XLRCreateTable(&buffer_, &size_, u16(0), u16(1), u16(2), u16(3)), 1);
     Settle();

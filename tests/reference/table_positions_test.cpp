@@ -115,6 +115,34 @@ TEST_P(TablePositionsTest, CellsBehindTheWidthOfACountAreLost) {
   EXPECT_EQ(Read(), values);
 }
 
+TEST_P(TablePositionsTest, TheCountOfTheMiddleStepIsReadWhole) {
+  MakeTable({1, 1, 300, 1});
+  Values values(300);
+  for (uint32_t i = 0; i < 300; ++i) values[i] = 7 + 256 * i;
+  EXPECT_EQ(Fill(values), 0);
+  EXPECT_EQ(Objects(), With(BoxPosition(15, 0, 7, 0, 300, 0)));
+  EXPECT_EQ(Read(), values);
+}
+
+// Rows that advance by 1 and by 2^24 in turn, and a first column that advances by 256: each row looks like the side of a huge box, and is alone.
+TEST_P(TablePositionsTest, RowsThatLookLikeSidesOfHugeBoxesAreStoredOneByOne) {
+  constexpr int32_t kSide = 400;
+  MakeTable({kSide, kSide, 1, 1});
+  Values values(kSide * kSide);
+  Bytes content;
+  for (uint32_t b = 0; b < kSide; ++b) {
+    const bool odd = b % 2 != 0;
+    for (uint32_t a = 0; a < kSide; ++a) values[b * kSide + a] = 16 + 256 * b + (odd ? a << 24 : a);
+    const bool last = b == kSide - 1;
+    const uint8_t code = static_cast<uint8_t>((odd ? 25 : 1) + (last ? 0 : 10));
+    const uint8_t count = static_cast<uint8_t>(kSide);
+    content =
+        BoxPosition(code, b * kSide, 16 + 256 * b, odd ? 0 : count, last ? 0 : 1, odd ? count : 0) + content;
+  }
+  EXPECT_EQ(Fill(values), 0);
+  EXPECT_EQ(Objects(), With(content));
+}
+
 TEST_P(TablePositionsTest, TextsAndNeighboursStay) {
   MakeTable({2, 1, 1, 1});
   ASSERT_EQ(XLRTextToTable(&buffer_, &size_, 1, {1, 1, 1, 1}, "abc"), 0);
@@ -267,6 +295,9 @@ TEST_F(OddPositionsTest, ANegativeIndexIsSplitBySignedDivision) {
   // -2 in sizes (3, 2, 1, 1): a is -2, the rest 0. The box begins two places in front of the array.
   EXPECT_EQ(ReadOf(BoxPosition(1, 0xFFFFFFFE, 10, 5, 0, 0), {3, 2, 1, 1}), (Values{12, 13, 14, 5, 5, 5}));
   EXPECT_EQ(ReadOf(CellPosition(0xFFFFFFFE, 10), {3, 2, 1, 1}), Values(6, 5));
+  // -5 in sizes (3, 2, 1, 1): a is -2, b is -1.
+  EXPECT_EQ(ReadOf(BoxPosition(1 + 10, 0xFFFFFFFB, 10, 5, 2, 0), {3, 2, 1, 1}),
+            (Values{268, 269, 270, 5, 5, 5}));
 }
 
 TEST_F(OddPositionsTest, AnIndexBehindTheLastCellComesRoundInTheFourthDimension) {
