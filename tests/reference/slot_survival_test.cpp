@@ -37,7 +37,8 @@ void Fill(TestArray* array, LONG from, LONG to, const std::vector<int32_t>& valu
 class SlotSurvivalTest : public ReferenceTest {
  protected:
   int Roll(int from, int to) {
-    return from + static_cast<int>(random_() % static_cast<uint32_t>(to - from + 1));
+    const uint32_t values = static_cast<uint32_t>(to) - static_cast<uint32_t>(from) + 1;
+    return from + static_cast<int>(random_() % values);
   }
   static std::string Name(const char* family, int graph, int slot, int item = 0) {
     return std::string(family) + std::to_string(graph) + " " + std::to_string(slot) + " " +

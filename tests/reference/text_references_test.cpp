@@ -73,6 +73,16 @@ TEST_P(TextReferencesTest, ADroppedRunAtTheEnd_LeavesNoBlockOfItsOwn) {
   ExpectContent(Single(1, 3, 52, 8), 1);
 }
 
+TEST_P(TextReferencesTest, WhatLiesBehindTheLastItemInTheStores_IsNotLookedAt) {
+  buffer_ = MEMORYREALLOC(buffer_, 2000);
+  uint32_t stores[] = {MEMORYALLOC(1), MEMORYALLOC(257)};  // the slots that the stores will have
+  PutU32(OpenBlock(stores[0]), 8, 52);                     // as if the run of 50 and 51 went on
+  PutU32(OpenBlock(stores[1]), 8, 9);                      // with a second value
+  for (uint32_t& store : stores) MEMORYFREE(&store);
+  EXPECT_EQ(Save(1, 1, Ascending(50, 2), 2), 0);
+  ExpectContent(Run(1, 1, 1, 2, 50));
+}
+
 TEST_P(TextReferencesTest, ALongSet_EndsWhenTheBlocksRunOut) {
   // The buffer and two stores leave six blocks: six runs are written, the seventh record finds none.
   EXPECT_EQ(Save(1, 1, Ascending(50, 12)), 0);
