@@ -100,9 +100,9 @@ int16_t XLRGetSelVis(uint32_t buffer, SAFEARRAY** array, uint16_t graph, int16_t
   const int16_t fits = CheckRefVector(flags, 1, n);
   if (fits != kRefArrayFits) return fits;
   if (buffer == 0) return kRefNoBuffer;
-  return VisitGraph(buffer, graph, nullptr, [flags, n, set](const Block& block, uint32_t at) {
-    if (IsFlags(block, at, set)) PutFlags(flags, n, block, at);
-  });
+  return DeliverLast(
+      buffer, graph, [set](const Block& block, uint32_t at) { return IsFlags(block, at, set); },
+      [flags, n](const Block& block, uint32_t at) { PutFlags(flags, n, block, at); });
 }
 
 }  // namespace tolvenar

@@ -61,9 +61,8 @@ int16_t XLRGetProperties(uint32_t buffer, SAFEARRAY** array, uint16_t graph) {
   const int16_t fits = CheckRefVector(values, 1, kItems);
   if (fits != kRefArrayFits) return fits;
   if (buffer == 0) return kRefNoBuffer;
-  return VisitGraph(buffer, graph, nullptr, [values](const Block& block, uint32_t at) {
-    if (IsProperties(block, at)) PutItems(values, block, at);
-  });
+  return DeliverLast(buffer, graph, IsProperties,
+                     [values](const Block& block, uint32_t at) { PutItems(values, block, at); });
 }
 
 }  // namespace tolvenar

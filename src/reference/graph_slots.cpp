@@ -88,13 +88,12 @@ int16_t SaveSlot(uint32_t* buffer, uint32_t* size, uint16_t graph, const Slot& s
   return PutObjectRecord(buffer, size, place.noted, place.end, &record, count);
 }
 
-// Hands every record of the slot to deliver(block, at), so that the last one wins.
+// Hands the record of the slot to deliver(block, at): of several the last.
 template <class Deliver>
 int16_t GetSlot(uint32_t buffer, uint16_t graph, const Slot& slot, Deliver deliver) {
   if (buffer == 0) return kRefNoBuffer;
-  return VisitGraph(buffer, graph, nullptr, [&](const Block& block, uint32_t at) {
-    if (slot.Holds(block, at)) deliver(block, at);
-  });
+  return DeliverLast(
+      buffer, graph, [&slot](const Block& block, uint32_t at) { return slot.Holds(block, at); }, deliver);
 }
 
 // A new text of the `length` bytes at `at`; null when the length is negative or there is no memory.
@@ -108,12 +107,8 @@ BSTR NewText(const Block& block, uint32_t at, int16_t length) {
 
 int16_t GetSlotText(uint32_t buffer, uint16_t graph, const Slot& slot, BSTR* out, uint32_t length_at,
                     uint32_t text_at) {
-  bool delivered = false;
   return GetSlot(buffer, graph, slot, [&](const Block& block, uint32_t at) {
-    if (out == nullptr) return;
-    if (delivered) SysFreeString(*out);  // one that a later record outdoes; what the caller had there stays
-    *out = NewText(block, at + text_at, I16At(block, at + length_at));
-    delivered = true;
+    if (out != nullptr) *out = NewText(block, at + text_at, I16At(block, at + length_at));
   });
 }
 

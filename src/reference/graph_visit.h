@@ -50,6 +50,17 @@ int16_t NoteLast(uint32_t buffer, uint16_t graph, NotedRecord* place, Matches ma
   });
 }
 
+// Hands the last record of the graph for which matches(block, at) is true to deliver(block, at). A getter whose every record would fill all
+// that the one before has filled is answered so: the outcome is the same, and many records in a damaged graph take no longer than one.
+// Result as of VisitGraph; with another than kRefDone nothing is delivered.
+template <class Matches, class Deliver>
+int16_t DeliverLast(uint32_t buffer, uint16_t graph, Matches matches, Deliver deliver) {
+  NotedRecord place;
+  const int16_t found = NoteLast(buffer, graph, &place, matches);
+  if (found == kRefDone && place.noted != kNoRecord) deliver(OpenBlock(buffer), place.noted);
+  return found;
+}
+
 // Takes a pool block for a record of `count` bytes, header included, and writes its header. Returns 0 when there is none.
 uint32_t NewGraphRecord(uint16_t type, uint32_t count);
 

@@ -1,9 +1,8 @@
 // Saves and gets of sets of numbers: one mechanism, by item width and record types.
 #include "reference/number_sets.h"
 
-#include <algorithm>
-
 #include "reference/graph_visit.h"
+#include "reference/run_effort.h"
 #include "reference/set_merge.h"
 
 namespace tolvenar {
@@ -146,11 +145,12 @@ int16_t SaveSet(const Save& save, uint32_t* buffer, uint32_t* size) {
   return MergeAndPut(save, buffer, size, looked, &working);
 }
 
-// Puts the items of a run; those with an index outside the array are left out, as it would refuse them.
-void PutRun(const NumberKind& kind, int16_t n, SAFEARRAY* array, const Block& block, uint32_t at) {
+// Puts the items of a run.
+void PutRun(const NumberKind& kind, int16_t n, SAFEARRAY* array, RunEffort* effort, const Block& block,
+            uint32_t at) {
   const int32_t f = I16At(block, at + kSetRunFirst);
-  const int32_t l = std::min<int32_t>(I16At(block, at + kSetRunLast), n);
-  for (LONG item = std::max(f, 1); item <= l; ++item) {
+  const RunItems items = ItemsToPut(effort, f, I16At(block, at + kSetRunLast), n);
+  for (LONG item = items.first; item <= items.last; ++item) {
     uint8_t value[sizeof(uint32_t)];
     CopyOut(block, at + kSetRunValues + static_cast<uint32_t>(item - f) * kind.width, value, kind.width);
     platform::PutBytes(array, &item, value, kind.width);
@@ -162,6 +162,7 @@ int16_t GetSet(const NumberKind& kind, uint32_t buffer, uint16_t graph, int16_t 
   const int16_t fits = CheckRefVector(array, 1, n);
   if (fits != kRefArrayFits) return fits;
   if (buffer == 0) return kRefNoBuffer;
+  RunEffort effort;
   return VisitGraph(buffer, graph, nullptr, [&](const Block& block, uint32_t at) {
     if (IsSingle(kind, set, block, at)) {
       LONG item = I16At(block, at + kSetItem);
@@ -169,7 +170,7 @@ int16_t GetSet(const NumberKind& kind, uint32_t buffer, uint16_t graph, int16_t 
       CopyOut(block, at + kSetValue, value, kind.width);
       platform::PutBytes(array, &item, value, kind.width);
     } else if (IsRun(kind.run_got, set, block, at)) {
-      PutRun(kind, n, array, block, at);
+      PutRun(kind, n, array, &effort, block, at);
     }
   });
 }

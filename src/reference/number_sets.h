@@ -32,6 +32,7 @@ int16_t XLRSaveSetLong(uint32_t* buffer, uint32_t* size, uint16_t graph, int16_t
 
 // Puts the stored items at their indices into *array, of 1 to n; other elements stay. XLRGetSetLong looks for the runs of ints and takes 4 bytes
 // per item from them, across the end of the record, on purpose: runs of longs don't come back. What lies behind the block comes as zero.
+// How much many overlapping runs of a damaged graph can claim has an end (run_effort.h).
 // Result, in this order: 0; -3 the array is not of one dimension; -4 its bounds are not 1 and n; -1 no buffer; -997; -2.
 int16_t XLRGetSetInt(uint32_t buffer, uint16_t graph, int16_t n, SAFEARRAY** array, uint16_t set);
 int16_t XLRGetSetLong(uint32_t buffer, uint16_t graph, int16_t n, SAFEARRAY** array, uint16_t set);

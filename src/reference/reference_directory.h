@@ -82,8 +82,9 @@ void StepObject(ObjectWalk* object);
 int16_t PatchReference(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint32_t count, uint32_t* size);
 
 // Puts the record in the scratch block *record (`count` bytes) into an object: in the place of the one at `noted`, or, with kNoRecord, in
-// front of the object's end record at `end`. *record is released in every case. Result: kRefDone; kRefNotReplaced; kRefNotAppended: the
-// buffer has been freed and *buffer is 0.
+// front of the object's end record at `end`. Where no patch can be laid at `noted` (two neighbours that are too long for a detour), it goes in
+// front of `end` all the same, and the old record is gone. *record is released in every case. Result: kRefDone; kRefNotReplaced;
+// kRefNotAppended: the buffer has been freed and *buffer is 0, or, in a damaged one, no patch could be laid and it is as it was.
 int16_t PutObjectRecord(uint32_t* buffer, uint32_t* size, uint32_t noted, uint32_t end, uint32_t* record,
                         uint32_t count);
 

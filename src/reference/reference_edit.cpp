@@ -119,8 +119,14 @@ int16_t PatchReference(uint32_t* buffer, const uint8_t* bytes, uint32_t at, uint
 int16_t PutObjectRecord(uint32_t* buffer, uint32_t* size, uint32_t noted, uint32_t end, uint32_t* record,
                         uint32_t count) {
   const bool replaces = noted != kNoRecord;
+  const uint16_t type = U16At(OpenBlock(*buffer), noted);
   if (replaces) MarkRecordSlack(OpenBlock(*buffer), noted);
-  const int16_t patched = PatchReference(buffer, BlockBytes(*record), replaces ? noted : end, count, size);
+  int16_t patched = PatchReference(buffer, BlockBytes(*record), replaces ? noted : end, count, size);
+  if (replaces && patched != kPatchDone && *buffer != 0) {
+    // A short record in front of one of nearly 32767 bytes: the two are more than a detour displaces. Only the place is lost.
+    patched = PatchReference(buffer, BlockBytes(*record), end, count, size);
+    if (patched != kPatchDone && *buffer != 0) PutU16(OpenBlock(*buffer), noted + kRecordTypeLow, type);
+  }
   MEMORYFREE(record);
   if (patched == kPatchDone) return kRefDone;
   return replaces ? kRefNotReplaced : kRefNotAppended;

@@ -32,13 +32,6 @@ uint8_t StepFrom(const TextRefItems& items, int32_t i) {
   return kNoStep;
 }
 
-// The block of a record, with the set number in it.
-bool Take(Pass* pass, uint8_t low, uint32_t count) {
-  pass->record = NewGraphRecord(ReferenceType(low), count);
-  PutU8(OpenBlock(pass->record), kTextRefSet, pass->set);
-  return pass->record != 0;
-}
-
 int16_t Write(Pass* pass, uint32_t count) {
   const int16_t patched =
       PatchReference(pass->buffer, BlockBytes(pass->record), pass->end, count, pass->size);
@@ -46,8 +39,10 @@ int16_t Write(Pass* pass, uint32_t count) {
 }
 
 int16_t OpenRun(Pass* pass, int32_t i, uint8_t code) {
-  if (!Take(pass, kLowTextRefRun, kTextRefRunSize)) return kRefNoRecord;
+  pass->record = NewGraphRecord(ReferenceType(kLowTextRefRun), kTextRefRunSize);
+  if (pass->record == 0) return kRefNoRecord;
   const Block block = OpenBlock(pass->record);
+  PutU8(block, kTextRefSet, pass->set);
   PutU8(block, kTextRefRunStep, code);
   PutU16(block, kTextRefRunFirst, static_cast<uint16_t>(i));
   PutU16(block, kTextRefRunCount, kRunItems);
@@ -57,12 +52,8 @@ int16_t OpenRun(Pass* pass, int32_t i, uint8_t code) {
 }
 
 int16_t WriteSingle(Pass* pass, int32_t i) {
-  if (!Take(pass, kLowTextRef, kTextRefSize)) return kRefNoRecord;
-  const Block block = OpenBlock(pass->record);
-  PutU16(block, kTextRefItem, static_cast<uint16_t>(i));
-  PutU32(block, kTextRefFirst, pass->items.A(i));
-  PutU32(block, kTextRefSecond, pass->items.B(i));
-  return Write(pass, kTextRefSize);
+  pass->record = NewTextRef(pass->set, pass->items, i);
+  return pass->record != 0 ? Write(pass, kTextRefSize) : kRefNoRecord;
 }
 
 // Item i is the second of the open run.
@@ -82,6 +73,16 @@ int16_t PutItem(Pass* pass, int32_t i) {
 }
 
 }  // namespace
+
+uint32_t NewTextRef(uint8_t set, const TextRefItems& items, int32_t i) {
+  const uint32_t record = NewGraphRecord(ReferenceType(kLowTextRef), kTextRefSize);
+  const Block block = OpenBlock(record);
+  PutU8(block, kTextRefSet, set);
+  PutU16(block, kTextRefItem, static_cast<uint16_t>(i));
+  PutU32(block, kTextRefFirst, items.A(i));
+  PutU32(block, kTextRefSecond, items.B(i));
+  return record;
+}
 
 int16_t PutTextRefItems(uint32_t* buffer, uint32_t* size, uint32_t end, uint8_t set,
                         const TextRefItems& items) {

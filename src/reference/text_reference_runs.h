@@ -25,6 +25,9 @@ struct TextRefItems {
   uint32_t B(int32_t item) const { return U32At(second.block, second.PlaceOf(item)); }
 };
 
+// The record of item i alone, in a pool block; 0 when there is none.
+uint32_t NewTextRef(uint8_t set, const TextRefItems& items, int32_t i);
+
 // Writes the items, record by record, in front of the record at `end`. With lo above hi nothing is written.
 // All record blocks but the last stay allocated, on purpose. Result: 0; -4 no pool block for a record: those taken before all stay; -5 a
 // patch failed: the buffer is released and *buffer is 0. What was written before a failure stays written.

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "reference/graph_visit.h"
+#include "reference/run_effort.h"
 #include "reference/text_reference_runs.h"
 
 namespace tolvenar {
@@ -130,7 +131,7 @@ bool TakeStores(const SetRange& range, Stores* stores) {
   return stores->second_block != 0;
 }
 
-// Merges what is stored, and writes what came of it at the graph's end.
+// Merges what is stored, and writes what came of it at the graph's end. The stores may be released by then.
 int16_t MergeAndPut(const Save& save, uint32_t* buffer, uint32_t* size, const MergeBounds& looked,
                     Stores* stores) {
   stores->first = FillStore(stores->first_block, looked.lo, kItemBytes, save.firsts, save.range);
@@ -140,7 +141,11 @@ int16_t MergeAndPut(const Save& save, uint32_t* buffer, uint32_t* size, const Me
   Merge(save, *buffer, MergePass::kMerge, &bounds, *stores, &end);
   if (!save.range.Stores()) return kRefDone;
   const TextRefItems items = {bounds.lo, bounds.hi, stores->first, stores->second};
-  return PutTextRefItems(buffer, size, end, static_cast<uint8_t>(save.range.set), items);
+  const uint8_t set = static_cast<uint8_t>(save.range.set);
+  if (items.lo != items.hi) return PutTextRefItems(buffer, size, end, set, items);
+  uint32_t record = NewTextRef(set, items, items.lo);
+  Release(stores);  // the buffer may want their slots
+  return record == 0 ? kRefNoRecord : PutObjectRecord(buffer, size, kNoRecord, end, &record, kTextRefSize);
 }
 
 int16_t SaveItems(const Save& save, uint32_t* buffer, uint32_t* size) {
@@ -175,13 +180,15 @@ int16_t XLRGetTextRef(uint32_t buffer, uint16_t graph, int16_t n, SAFEARRAY** fi
   const int16_t fits = CheckPair(a, b, 1, n);
   if (fits != kRefArrayFits) return fits;
   if (buffer == 0) return kRefNoBuffer;
+  RunEffort effort;
   return VisitGraph(buffer, graph, nullptr, [&](const Block& block, uint32_t at) {
     if (IsOfSet(kLowTextRef, set, block, at)) {
       PutItem(a, I16At(block, at + kTextRefItem), U32At(block, at + kTextRefFirst));
       PutItem(b, I16At(block, at + kTextRefItem), U32At(block, at + kTextRefSecond));
     } else if (IsOfSet(kLowTextRefRun, set, block, at)) {
-      const Run run = RunAt(block, at);  // an index outside the arrays is left out, as they would refuse it
-      for (int32_t item = std::max(run.f, 1); item <= std::min<int32_t>(run.l, n); ++item) {
+      const Run run = RunAt(block, at);
+      const RunItems items = ItemsToPut(&effort, run.f, run.l, n);
+      for (int32_t item = items.first; item <= items.last; ++item) {
         PutItem(a, item, run.ValueOf(item));
         PutItem(b, item, 0);
       }

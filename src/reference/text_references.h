@@ -34,7 +34,8 @@ constexpr uint32_t TextRefStep(uint8_t code) {
 int16_t XLRSaveTextRef(uint32_t* buffer, uint32_t* size, uint16_t graph, int16_t first, int16_t last,
                        int16_t max, SAFEARRAY** firsts, SAFEARRAY** seconds, int16_t set);
 
-// Puts the stored items at their indices into the two arrays, both of 1 to n; other elements stay.
+// Puts the stored items at their indices into the two arrays, both of 1 to n; other elements stay. How much many overlapping runs of a damaged
+// graph can claim has an end (run_effort.h).
 // Result, in this order: 0; -3 an array is not of one dimension; -4 its bounds are not 1 and n; -1 no buffer; -997; -2.
 int16_t XLRGetTextRef(uint32_t buffer, uint16_t graph, int16_t n, SAFEARRAY** firsts, SAFEARRAY** seconds,
                       uint16_t set);

@@ -167,6 +167,32 @@ TEST_P(GraphPropertiesTest, Delete_MarksAResumeToo) {
   }
 }
 
+TEST_P(GraphPropertiesTest, DeleteOfAll_WalksOnBehindTheResume) {
+  ASSERT_EQ(XLRSaveText(&buffer_, &size_, 1, "short text", 1), 0);
+  ASSERT_EQ(XLRSaveText(&buffer_, &size_, 1, "second", 2), 0);
+  Compact();
+  ASSERT_EQ(XLRSaveText(&buffer_, &size_, 1, "a longer text", 1), 0);
+  const uint32_t resume = LastResume(), behind = size_;
+  const uint32_t second = U32At(Stream(), resume + 4);  // where it jumps back to, less what it left
+  ASSERT_EQ(Put(2, kKindGraph, GraphRecord(0xE7, U16(1) + Text("z"))), 0);
+  EXPECT_EQ(XLRDeleteProperty(buffer_, 1, 0, 0), 0);
+  EXPECT_EQ(U16At(Stream(), resume), 0xFEFD);
+  EXPECT_EQ(U16At(Stream(), behind), 0xFEFD);  // the text of graph 2, physically behind the RESUME
+  EXPECT_EQ(U16At(Stream(), second), 0x10E6);  // off the way by then
+  EXPECT_EQ(U16At(Stream(), resume - 16 - 19),
+            0xFEFD);  // the longer text, in front of the room of the short one
+}
+
+TEST_P(GraphPropertiesTest, DeleteOfProperties_EndsAtTheResume) {
+  PutRecords(Record());
+  MakeResume();
+  PutRecords(Record(5));
+  const uint32_t resume = LastResume();
+  EXPECT_EQ(XLRDeleteProperty(buffer_, 1, 24, 0), 0);
+  EXPECT_EQ(U16At(Stream(), resume), 0xFEFA);  // the record in front of it was the first to pass the test
+  EXPECT_EQ(Content().size() % kRecordSize, 6u + 13);
+}
+
 TEST_P(GraphPropertiesTest, Save_LooksForTheGraphBeforeTheArray) {
   TestArray flat(VT_I4, 1, 127), wide(VT_I4, 1, 128, 1, 2), from_0(VT_I4, 0, 127);
   uint32_t none = 0;

@@ -104,6 +104,37 @@ TEST_P(GraphSlotsTest, ALongerText_GrowsTheBufferAndLeavesSlack) {
   ExpectContent(GraphRecord(0xE5, U16(9) + Text("All sales")) + GraphRecord(0xE6, U16(6) + Text("second")));
 }
 
+// A record of less than 8 bytes in front of the longest one: a detour in its place would have to displace both.
+TEST_P(GraphSlotsTest, AShortTextInFrontOfTheLongestOne_IsReplacedAtTheEnd) {
+  const std::string longest(32761, 'x');
+  EXPECT_EQ(Save("", 1), 0);
+  EXPECT_EQ(Save(longest.c_str(), 2), 0);
+  EXPECT_EQ(XLRSaveDouble(&buffer_, &size_, 1, 1, 2, 1), 0);
+  Compact();
+  EXPECT_EQ(Save("Sales", 1), 0);
+  EXPECT_EQ(TextOf(1), "Sales");
+  EXPECT_EQ(TextOf(2), longest);
+  ExpectContent(GraphRecord(0xE6, U16(32761) + Text(longest)) + GraphRecord(0xE4, U32(1) + U32(2)) +
+                GraphRecord(0xE5, U16(5) + Text("Sales")));
+  Compact();
+  EXPECT_EQ(TextOf(1), "Sales");
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
+TEST_P(GraphSlotsTest, WhereNoPatchCanBeLaidAtAll_TheOldTextStays) {
+  EXPECT_EQ(Save("", 1), 0);
+  EXPECT_EQ(Save(std::string(32761, 'x').c_str(), 2), 0);
+  Compact();
+  const uint32_t behind_end = Find(1, kKindGraph).end + kHeaderSize;
+  PutU16(Stream(), behind_end + kRecordLength, 0x8000);  // of the next head: no detour displaces that either
+  const Bytes image = Image();
+  EXPECT_EQ(Save("Sales", 1), -6);
+  EXPECT_EQ(Save("new", 3), -5);
+  EXPECT_EQ(Image(), image);
+  EXPECT_EQ(TextOf(1), "");
+  EXPECT_EQ(LiveBlocks(), 1u);
+}
+
 TEST_P(GraphSlotsTest, OfTwoRecordsOfASlot_TheLastWinsAndIsReplaced) {
   PutRecords(GraphRecord(0xE5, U16(1) + Text("a")) + GraphRecord(0xE5, U16(1) + Text("b")));
   EXPECT_EQ(TextOf(1), "b");

@@ -143,6 +143,26 @@ TEST_P(NumberResultsTest, LongsAtEachEdgeOfASlot_HaveTheirRoom) {
   }
 }
 
+TEST_P(NumberResultsTest, AStoreThatJustFitsItsSlot_StaysInIt) {
+  buffer_ = MEMORYREALLOC(buffer_, 50000);  // slot 5
+  for (int slot = 6; slot <= 9; ++slot) ASSERT_NE(MEMORYALLOC(100001), 0u);
+  ASSERT_NE(MEMORYALLOC(1), 0u);
+  ASSERT_NE(MEMORYALLOC(257), 0u);
+  EXPECT_EQ(Save(kLongs, 1, 1, Many(1, 256), 512), 0);  // 1024 bytes in slot 3; slot 4 is left for the record
+  EXPECT_EQ(Hex(Content()), Hex(Run(kLongs, 1, 1, 256, Many(1, 256))));
+  EXPECT_EQ(LiveBlocks(), 7u);
+}
+
+TEST_P(NumberResultsTest, ARecordAtTheEndOfItsSlot_StaysInIt) {
+  for (const auto& [kind, count] : {std::pair{kInts, 123u}, {kLongs, 61u}}) {
+    NewReference();
+    buffer_ = MEMORYREALLOC(buffer_, 50000);
+    EXPECT_EQ(Save(kind, 1, 1, Many(1, count), 300),
+              0);  // the store is in slot 3, and the record in slot 1 or 2
+    ExpectContent(Run(kind, 1, 1, static_cast<int>(count), Many(1, count)));
+  }
+}
+
 TEST_P(NumberResultsTest, WithoutASlotForTheMergedItems_NothingChanges) {
   EXPECT_EQ(Save(kLongs, 1, 3, Many(3, 500), 600), 0);
   const Bytes image = Image();
@@ -194,6 +214,8 @@ TEST_P(NumberResultsTest, AnItem0BelowTheRange_IsTakenAlong) {
   EXPECT_EQ(Save(kInts, 1, 1, {1}), 0);
   ExpectContent(Run(kInts, 1, -1, 1, {99, 100, 1}));
   EXPECT_EQ(Got(kInts, 1, 2), (Values{1, 7}));
+  EXPECT_EQ(Save(kInts, 1, 2, {2}), 0);
+  ExpectContent(Run(kInts, 1, -1, 2, {99, 100, 1, 2}));
 }
 
 TOLVENAR_IN_BOTH_STATES(NumberResultsTest);

@@ -148,6 +148,30 @@ TEST_P(NumbersTest, ASingleNextToBothCrossedBounds_MovesThemThereAndBack) {
   ExpectContent({});
 }
 
+TEST_P(NumbersTest, ARunOutOfTouchOfCrossedBounds_Stays) {
+  // The singles raise the lower bound to 4, two above the upper one.
+  PutRecords(Single(kInts, 1, 3, 31) + Single(kInts, 1, 3, 32) + Run(kInts, 1, 4, 5, {4, 5}));
+  EXPECT_EQ(Save(kInts, 1, 2, {2}), 0);
+  ExpectContent(Run(kInts, 1, 4, 5, {4, 5}));
+}
+
+TEST_P(NumbersTest, ARunThatSpansCrossedBounds_IsTakenWhole) {
+  PutRecords(Single(kInts, 1, 3, 31) + Single(kInts, 1, 3, 32) + Run(kInts, 1, 3, 5, {3, 4, 5}));
+  EXPECT_EQ(Save(kInts, 1, 2, {2}), 0);
+  ExpectContent(Run(kInts, 1, 3, 5, {3, 4, 5}));
+}
+
+TEST_P(NumbersTest, AfterTheBoundHasGoneUpAndDown_ARunsItemsAreStillThere) {
+  for (const NumberSet& kind : {kInts, kLongs}) {
+    NewReference();
+    // The run brings the lower bound to 2, the singles at 7 to 3 and 4, the single at 3 back to 3.
+    PutRecords(Run(kind, 1, 2, 6, {2, 3, 4, 5, 6}) + Single(kind, 1, 7, 71) + Single(kind, 1, 7, 72) +
+               Single(kind, 1, 3, 33));
+    EXPECT_EQ(Save(kind, 1, 4, {94, 95, 96}), 0);
+    ExpectContent(Run(kind, 1, 3, 6, {33, 4, 5, 72}));
+  }
+}
+
 TEST_P(NumbersTest, InSet1_TheRangeIsTheOneThatWasGiven) {
   // The run widens the bounds to 2 to 6; the single at 6 lies outside 4 to 5 all the same.
   PutRecords(Run(kInts, 1, 2, 6, {2, 3, 4, 5, 6}) + Single(kInts, 1, 6, 66) + Single(kInts, 1, 5, 55));

@@ -73,6 +73,16 @@ TEST_P(TextReferencesTest, ADroppedRunAtTheEnd_LeavesNoBlockOfItsOwn) {
   ExpectContent(Single(1, 3, 52, 8), 1);
 }
 
+TEST_P(TextReferencesTest, WhatLiesBehindTheLastItemInTheStores_IsNotLookedAt) {
+  buffer_ = MEMORYREALLOC(buffer_, 2000);
+  uint32_t stores[] = {MEMORYALLOC(1), MEMORYALLOC(257)};  // the slots that the stores will have
+  PutU32(OpenBlock(stores[0]), 8, 52);                     // as if the run of 50 and 51 went on
+  PutU32(OpenBlock(stores[1]), 8, 9);                      // with a second value
+  for (uint32_t& store : stores) MEMORYFREE(&store);
+  EXPECT_EQ(Save(1, 1, Ascending(50, 2), 2), 0);
+  ExpectContent(Run(1, 1, 1, 2, 50));
+}
+
 TEST_P(TextReferencesTest, ALongSet_EndsWhenTheBlocksRunOut) {
   // The buffer and two stores leave six blocks: six runs are written, the seventh record finds none.
   EXPECT_EQ(Save(1, 1, Ascending(50, 12)), 0);
@@ -253,6 +263,25 @@ TEST_P(TextReferencesTest, AFailedPatch_ReleasesTheBufferAndTheStores) {
   ExpectGone();
 }
 
+TEST_P(TextReferencesTest, ForASingle_TheBufferCanGrowIntoTheSlotOfAStore) {
+  buffer_ = MEMORYREALLOC(buffer_, 2000);
+  size_ = 33000;  // slot 4, full
+  for (int slot = 5; slot <= 7; ++slot) ASSERT_NE(MEMORYALLOC(33001), 0u);
+  EXPECT_EQ(Save(1, 20000, {{5, 6}}, 20000), 0);  // stores of 40000 bytes take the slots 8 and 9
+  EXPECT_EQ(MEMORYISHANDLE(buffer_), 8);
+  EXPECT_EQ(Hex(Content()), Hex(Single(1, 20000, 5, 6)));
+  EXPECT_EQ(LiveBlocks(), 4u);
+}
+
+TEST_P(TextReferencesTest, ForSeveralItems_TheStoresKeepTheirSlots) {
+  buffer_ = MEMORYREALLOC(buffer_, 2000);
+  size_ = 33000;
+  for (int slot = 5; slot <= 7; ++slot) ASSERT_NE(MEMORYALLOC(33001), 0u);
+  EXPECT_EQ(Save(1, 19999, {{5, 6}, {9, 9}}, 20000), -5);
+  EXPECT_EQ(buffer_, 0u);
+  EXPECT_EQ(LiveBlocks(), 3u);
+}
+
 TEST_P(TextReferencesTest, AFailedPatchOfTheSecondRecord_LeavesTheBlockOfTheFirst) {
   const Bytes stream = Image();
   MEMORYFREEALL();
@@ -262,7 +291,8 @@ TEST_P(TextReferencesTest, AFailedPatchOfTheSecondRecord_LeavesTheBlockOfTheFirs
   ASSERT_EQ(MEMORYISHANDLE(buffer_), 9);  // nothing is above it, and all below is free
   for (uint32_t& block : below) MEMORYFREE(&block);
   CopyIn(Stream(), 0, stream.data(), size_);
-  size_ = 105000000 - 40;  // room for a record of 15 bytes, what it displaces and the way back, and not for another
+  size_ = 105000000 -
+          40;  // room for a record of 15 bytes, what it displaces and the way back, and not for another
   EXPECT_EQ(Save(1, 2, {{1, 1}, {9, 9}}), -5);
   EXPECT_EQ(buffer_, 0u);
   EXPECT_EQ(LiveBlocks(), 1u);
