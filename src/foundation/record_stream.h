@@ -176,18 +176,31 @@ inline Walk StartWalk(const Block& block, uint32_t from) {
   return walk;
 }
 
-// What NextRecord gives, sooner: where the next record stands is told by a length that has to be loaded first, and the place of the record
-// behind it by the next load, so that a walk waits for every one of them. Most records are as long as the one before them, or follow
-// each other in a pattern that the processor learns. So the walk goes on as far as the last length says, and compares the loaded one: a branch that is
-// predicted and waits for nothing. The compiler must not see that both ways lead to the same sum.
-inline uint32_t NextInWalk(Walk* walk) {
-  const uint8_t* p = At(walk->block, walk->at, kHeaderSize);
-  if (p == nullptr || p[kRecordTypeHigh] == kPrivateHigh) return NextRecord(walk->block, walk->at);
-  const uint32_t length = ReadU16(p + kRecordLength);
+// `length`, sooner: where the next record stands is told by a length that has to be loaded first, and the place of the record behind
+// it by the next load, so that a walk waits for every one of them. Most records are as long as the one before them, or follow each other in
+// a pattern that the processor learns. So the walk goes on with the last length, and compares the loaded one: a branch that is predicted and
+// waits for nothing. The compiler must not see that both ways lead to the same number.
+inline uint32_t ExpectLength(Walk* walk, uint32_t length) {
   uint32_t expected = Unrelated(walk->lastLength);
   if (length != walk->lastLength) expected = Unrelated(length);
   walk->lastLength = expected;
-  return walk->at + kHeaderSize + expected;
+  return expected;
+}
+
+// What NextRecord gives for the record that the walk is at.
+inline uint32_t NextInWalk(Walk* walk) {
+  const uint8_t* p = At(walk->block, walk->at, kHeaderSize);
+  if (p == nullptr || p[kRecordTypeHigh] == kPrivateHigh) return NextRecord(walk->block, walk->at);
+  return walk->at + kHeaderSize + ExpectLength(walk, ReadU16(p + kRecordLength));
+}
+
+// A step has been made: has it led into a ring, is the lap over?
+inline void CountStep(Walk* walk) {
+  if (walk->at == walk->marked) walk->ended = true;
+  if (--walk->lapLeft == 0) {
+    walk->lapLength *= 2;
+    BeginLap(walk);
+  }
 }
 
 // Goes on to the next record. A ring is noticed within three turns; the budget ends what is no ring and no stream either.
@@ -197,11 +210,30 @@ inline void Step(Walk* walk) {
     return;
   }
   walk->at = NextInWalk(walk);
-  if (walk->at == walk->marked) walk->ended = true;
-  if (--walk->lapLeft == 0) {
-    walk->lapLength *= 2;
-    BeginLap(walk);
+  CountStep(walk);
+}
+
+// Bytes of a record that PassOver has in the block before it asks about it: the header, and the row and column of a cell.
+constexpr uint32_t kPassOverSees = kHeaderSize + 4;
+
+// Goes on, as steps would, over records that a walker has nothing to do with, and stands where the first other one stands, or the first
+// at `bound` or beyond, or where only a step can tell what is next: it may stop at any record, and the walker must look at that one
+// itself. `skips` gets the address of a record, of which kPassOverSees bytes can be read; it is never asked about private records,
+// which are all stopped at.
+template <typename Skips>
+inline void PassOver(Walk* walk, uint32_t bound, Skips skips) {
+  const Block block = walk->block;
+  if (walk->ended || block.extent < kPassOverSees) return;
+  const uint32_t behind_last = block.extent - kPassOverSees + 1;
+  const uint32_t end = bound < behind_last ? bound : behind_last;
+  Walk ahead = *walk;  // one whose address nobody has, so that it stays in registers
+  while (ahead.at < end && ahead.lapLeft != 0 && !ahead.ended) {
+    const uint8_t* record = block.base + ahead.at;
+    if (record[kRecordTypeHigh] == kPrivateHigh || !skips(record)) break;
+    ahead.at += kHeaderSize + ExpectLength(&ahead, ReadU16(record + kRecordLength));
+    CountStep(&ahead);
   }
+  *walk = ahead;
 }
 
 // 1 when the record after the one at `at`, past any DETOUR and RESUME, has the low byte 0xDB and the chart bit set; else 0. A SLACK in
