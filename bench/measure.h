@@ -1,11 +1,11 @@
 // One measurement: the work and its floor by turns, so that what else the machine does weighs on both alike; medians of both and their
 // ratio as counters of the benchmark.
 //
-//   COUNTER   MEANING
-//   work      median time of the work, seconds
-//   floor     median time of the floor, seconds
-//   ratio     work / floor
-//   samples   how many times each was run
+//   COUNTER              MEANING
+//   work, floor          median times of both, seconds
+//   ratio                work / floor
+//   work_cpu, floor_cpu  median processor times of both, seconds
+//   samples              how many times each was run
 //
 // kCpu counts the processor time of this process, which others on the machine hardly change; kWall the time that passes, for what waits
 // for a disk.
@@ -34,32 +34,46 @@ inline double Median(std::vector<double> samples) {
   return *middle;
 }
 
-template <typename Work>
-double SecondsOf(Clock clock, const Work& work) {
-  const double begin = Now(clock);
-  work();
-  return Now(clock) - begin;
-}
+// Times of one piece of work, by both clocks.
+class Samples {
+ public:
+  template <typename Work>
+  void Take(const Work& work) {
+    const double cpu = Now(Clock::kCpu);
+    const double wall = Now(Clock::kWall);
+    work();
+    wall_.push_back(Now(Clock::kWall) - wall);
+    cpu_.push_back(Now(Clock::kCpu) - cpu);
+  }
+
+  const std::vector<double>& of(Clock clock) const { return clock == Clock::kCpu ? cpu_ : wall_; }
+
+ private:
+  std::vector<double> cpu_;
+  std::vector<double> wall_;
+};
 
 // `prepare` is called before each of the two and `clean` behind each, neither is counted.
 template <typename Work, typename Floor, typename Prepare, typename Clean>
 void Measure(benchmark::State& state, Clock clock, const Work& work, const Floor& floor,
              const Prepare& prepare, const Clean& clean) {
-  std::vector<double> works;
-  std::vector<double> floors;
+  Samples works;
+  Samples floors;
   for (auto _ : state) {
     prepare();
-    works.push_back(SecondsOf(clock, work));
+    works.Take(work);
     clean();
-    state.SetIterationTime(works.back());
+    state.SetIterationTime(works.of(clock).back());
     prepare();
-    floors.push_back(SecondsOf(clock, floor));
+    floors.Take(floor);
     clean();
   }
-  state.counters["work"] = Median(works);
-  state.counters["floor"] = Median(floors);
-  state.counters["ratio"] = Median(works) / Median(floors);
-  state.counters["samples"] = static_cast<double>(works.size());
+  state.counters["work"] = Median(works.of(clock));
+  state.counters["floor"] = Median(floors.of(clock));
+  state.counters["ratio"] = Median(works.of(clock)) / Median(floors.of(clock));
+  state.counters["work_cpu"] = Median(works.of(Clock::kCpu));
+  state.counters["floor_cpu"] = Median(floors.of(Clock::kCpu));
+  state.counters["samples"] = static_cast<double>(works.of(clock).size());
 }
 
 template <typename Work, typename Floor>
