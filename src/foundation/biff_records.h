@@ -212,4 +212,9 @@ constexpr uint32_t kLabelFixed = kHeaderSize + 6 + 2;  // row, column, XF, lengt
 constexpr uint32_t kXfSizeBiff5 = kHeaderSize + 16;
 constexpr uint32_t kRunFixed = kHeaderSize + 4 + 2;  // row, first column; last column; the cells between them
 
+// For PassOver: true for a record that neither opens nor closes a substream. (It stops at charts' records of the same low bytes as well.)
+inline bool IsInsideSubstream(const uint8_t* record) {
+  return record[kRecordTypeLow] != kLowBof && record[kRecordTypeLow] != kLowEof;
+}
+
 }  // namespace tolvenar
