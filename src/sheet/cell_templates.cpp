@@ -1,6 +1,8 @@
 // Cells of a staged sheet, from templates.
 #include "sheet/cell_templates.h"
 
+#include <cstring>
+
 #include "foundation/biff_records.h"
 #include "foundation/memory_pool.h"
 #include "sheet/cell_value.h"
@@ -45,7 +47,8 @@ bool MakeTemplates(CellTemplates* templates, SheetStream* stream) {
     return false;
   }
   templates->shell = {BlockBytes(templates->label), MEMORYSIZE(templates->label)};
-  templates->capacity = static_cast<int32_t>(MEMORYALLOCSIZE(stream->buffer));
+  templates->room = OpenBlock(stream->buffer);
+  templates->capacity = static_cast<int32_t>(templates->room.extent);
   return true;
 }
 
@@ -58,9 +61,16 @@ void ReleaseTemplates(CellTemplates* templates) {
 bool AppendCell(CellTemplates* templates, SheetStream* stream, uint16_t row, uint16_t column, uint16_t xf,
                 const VARIANT* value) {
   const Filled filled = Fill(*templates, row, column, xf, MapCell(value));
+  // While there is room for one byte more, which is when an append would not grow the buffer, the cell needs none of its checks.
+  if (uint8_t* to = At(templates->room, stream->at, filled.size + 1)) {
+    std::memcpy(to, filled.bytes, filled.size);
+    stream->at += filled.size;
+    return true;
+  }
   const int32_t behind = AppendBytesTracked(&stream->buffer, &stream->size, static_cast<int32_t>(stream->at),
                                             filled.bytes, filled.size, &templates->capacity);
   if (behind < 0) return false;
+  templates->room = OpenBlock(stream->buffer);
   stream->at = static_cast<uint32_t>(behind);
   return true;
 }
