@@ -149,6 +149,10 @@ uint32_t AllocateForOverwrite(int32_t size) {
   return base;
 }
 
+bool PoolCanGive(int32_t size) {
+  return SetUp() && pool.freeSlots != 0 && FirstFit(0, size) != kNoSlot;
+}
+
 uint32_t MEMORYREALLOC(uint32_t handle, int32_t new_size) {
   const size_t slot = SlotOf(handle);
   if (slot == kNoSlot) return 0;

@@ -79,8 +79,7 @@ void FillVariant(VARIANT* variant, VARTYPE type, const void* value) {
 }
 
 bool PoolHasRoom(int32_t size) {
-  uint32_t block = MEMORYALLOC(size);
-  return MEMORYFREE(&block) != 0;
+  return PoolCanGive(size);
 }
 
 }  // namespace tolvenar
