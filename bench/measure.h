@@ -6,26 +6,16 @@
 //   ratio                work / floor
 //   work_cpu, floor_cpu  median processor times of both, seconds
 //   samples              how many times each was run
-//
-// kCpu counts the processor time of this process, which others on the machine hardly change; kWall the time that passes, for what waits
-// for a disk.
 #pragma once
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <ctime>
 #include <vector>
 
+#include "measure_clock.h"
+
 namespace bench {
-
-enum class Clock { kCpu, kWall };
-
-inline double Now(Clock clock) {
-  timespec now = {};
-  clock_gettime(clock == Clock::kCpu ? CLOCK_PROCESS_CPUTIME_ID : CLOCK_MONOTONIC, &now);
-  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 inline double Median(std::vector<double> samples) {
   if (samples.empty()) return 0;
