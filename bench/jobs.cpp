@@ -53,14 +53,17 @@ Book Open(const std::string& path) {
   return book;
 }
 
-SAFEARRAY* ReadSheet(const Book& book, int16_t sheet) {
+SAFEARRAY* ArrayFor(const Book& book, int16_t sheet) {
   uint16_t columns = 0;
   const uint16_t rows = LastRowOf(book, sheet, &columns);
   SAFEARRAYBOUND bounds[2] = {{rows, 1}, {columns, 1}};
   SAFEARRAY* cells = SafeArrayCreate(VT_BSTR, 2, bounds);
-  Require(cells != nullptr && ::XLGetVariantData(&cells, book.buffer, book.table, sheet) == 0,
-          "the cells can't be read");
+  Require(cells != nullptr, "no array");
   return cells;
+}
+
+void ReadSheet(const Book& book, int16_t sheet, SAFEARRAY* cells) {
+  Require(::XLGetVariantData(&cells, book.buffer, book.table, sheet) == 0, "the cells can't be read");
 }
 
 int64_t CountTexts(SAFEARRAY* cells) {
@@ -80,7 +83,11 @@ int64_t CountTexts(SAFEARRAY* cells) {
 int ReadFile(const std::string& path) {
   Book book = Open(path);
   const int16_t sheets = ::XLGetNumSheets(book.table);
-  for (int16_t sheet = 1; sheet <= sheets; ++sheet) SafeArrayDestroy(ReadSheet(book, sheet));
+  for (int16_t sheet = 1; sheet <= sheets; ++sheet) {
+    SAFEARRAY* cells = ArrayFor(book, sheet);
+    ReadSheet(book, sheet, cells);
+    SafeArrayDestroy(cells);
+  }
   Release(&book);
   return sheets;
 }

@@ -13,8 +13,11 @@ namespace bench {
 // Opens the file and locates its sheets, in a pool that holds nothing else.
 Book Open(const std::string& path);
 
-// Reads all cells of a sheet (1-based) into a new array of texts; the caller destroys it.
-SAFEARRAY* ReadSheet(const Book& book, int16_t sheet);
+// A new array of texts that covers a sheet (1-based); the caller destroys it.
+SAFEARRAY* ArrayFor(const Book& book, int16_t sheet);
+
+// Reads all cells of a sheet into an array of ArrayFor.
+void ReadSheet(const Book& book, int16_t sheet, SAFEARRAY* cells);
 
 // How many elements of the array hold a text.
 int64_t CountTexts(SAFEARRAY* cells);

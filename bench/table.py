@@ -67,6 +67,8 @@ def slopes(times, sizes):
 
 def print_floors(results):
     by_name = {}
+    untouched = [result["resident"] for result in results if "resident" in result]
+    results = [result for result in results if "resident" not in result]
     for result in results:
         name, size = result["name"].split("/")[:2]
         if result.get("error_occurred"):
@@ -85,6 +87,8 @@ def print_floors(results):
             floor = "read" if name.endswith("from the file") else FLOORS[name.split(" ")[0]]
             line(name, size, milliseconds(run["work"]), floor, milliseconds(run["floor"]), "%.2f" % run["ratio"],
                  "%.2f" % (run["work_cpu"] / run["floor_cpu"]), "" if target is None else "at most %g" % target, growth)
+    print()
+    print("The pool's nine slots with one small block taken: %.0f KB of memory in use." % (max(untouched) / 1024))
 
 
 def peer_command(peer, build, job, source, target):
