@@ -61,7 +61,7 @@ void ReadNumbersOf(benchmark::State& state, const Book& book, Kind kind, int row
   int64_t read = 0;
   Measure(
       state, Clock::kCpu, [&] { reader.Read(); }, [&] { benchmark::DoNotOptimize(NumbersToChars(numbers)); },
-      [] {},
+      [&] { reader.Prepare(); },
       [&] {
         reader.Release();
         read = std::max(read, reader.read());

@@ -37,12 +37,13 @@ FASTER = {("R1", "event"): 2, ("R1", "workbook"): 6, ("R1", "xlrd"): 10, ("R2", 
           ("I1", "workbook"): 15, ("W1", "workbook"): 10, ("W1", "xlwt"): 10, ("W2", "workbook"): 10, ("W2", "xlwt"): 10}
 OWN_TEXTS = "texts"  # shared strings as the library reads them: in one record
 REPEATS = 5
+PROCESSES = 3
 
 
 def run_benchmarks(build, files, extra=()):
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
         subprocess.run([os.path.join(build, "bench", "workbook_bench"), "--benchmark_out=" + out.name, "--benchmark_out_format=json",
-                        *extra], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                        *extra], check=True, stdout=subprocess.DEVNULL,
                        env=dict(os.environ, TOLVENAR_BENCH_FILES=files))
         return json.load(open(out.name))["benchmarks"]
 
@@ -104,7 +105,7 @@ def peer_command(peer, build, job, source, target):
 def process_cost(command):
     """Seconds and peak memory in MB of a whole process."""
     runs = []
-    for _ in range(REPEATS):
+    for _ in range(PROCESSES):
         process = subprocess.Popen(["/usr/bin/python3", "-c", MEASURE] + command, stdout=subprocess.PIPE)
         runs.append([float(word) for word in process.communicate()[0].split()])
         if process.returncode != 0:
@@ -136,7 +137,8 @@ def measure_peer(peer, build, job, source, target):
 
 def print_peers(build, files):
     print()
-    print("Whole work from file to file, or from the file to the values, on the same files. In process: median of %d behind a warm-up." % REPEATS)
+    print("Whole work from file to file, or from the file to the values, on the same files. In process: median of %d behind a warm-up. Whole process: median of %d." %
+          (REPEATS, PROCESSES))
     print()
     head("work", "by", "in process, ms", "of the processor, ms", "whole process, ms", "peak, MB", "ours is faster, in process", "by the processor's time",
          "reach")
