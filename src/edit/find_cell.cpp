@@ -39,6 +39,18 @@ struct Search {
   uint32_t last = 0;  // the ROW, then the cell, met last
 };
 
+// What a record on the way is to a search in the sheet itself, by its low byte.
+enum class Way : uint8_t { kSkip, kStop, kRow, kCell };
+
+constexpr std::array<Way, 256> WaysByLowByte() {
+  std::array<Way, 256> ways{};
+  for (const auto& kind : kCellKinds) ways[kind.low] = Way::kCell;
+  for (const uint8_t low : {kLowBof, kLowEof, kLowDimensions}) ways[low] = Way::kStop;
+  ways[kLowRow] = Way::kRow;
+  return ways;
+}
+constexpr std::array<Way, 256> kWays = WaysByLowByte();
+
 // What a record says about the search: the result that ends it, or nothing.
 using Verdict = std::optional<int32_t>;
 
@@ -104,6 +116,25 @@ Verdict ExamineRecord(Search* search, uint32_t at) {
   return ExamineCell(search, at, kShapes[low]);
 }
 
+// Goes on over what ExamineRecord would pass by in any case: cells of rows above the wanted one, ROWs of others, and whatever is neither.
+void PassRowsAbove(Search* search, Walk* walk, uint32_t end) {
+  if (search->depth != 1) return;
+  const uint8_t* base = search->block.base;
+  const uint8_t* last_cell = nullptr;
+  PassOver(walk, UINT32_MAX, [&, wanted = search->row](const uint8_t* record) {
+    if (record == base + end) return false;
+    if ((record[kRecordTypeHigh] & kChartBit) != 0) return true;
+    const Way way = kWays[record[kRecordTypeLow]];
+    if (way == Way::kCell) {
+      if (ReadI16(record + kCellRow) >= wanted) return false;
+      last_cell = record;
+      return true;
+    }
+    return way == Way::kSkip || (way == Way::kRow && ReadI16(record + kRowNumber) != wanted);
+  });
+  if (last_cell != nullptr) search->last = static_cast<uint32_t>(last_cell - base);
+}
+
 }  // namespace
 
 CellShape ShapeOfCell(const Block& block, uint32_t at) {
@@ -125,6 +156,8 @@ int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, in
   Search search = {OpenBlock(buffer), static_cast<int16_t>(row - 1), static_cast<int16_t>(column - 1)};
   Walk walk = StartWalk(search.block, extent.begin);
   for (Step(&walk); search.depth >= 1 && walk.at != extent.end && !walk.ended; Step(&walk)) {
+    PassRowsAbove(&search, &walk, extent.end);
+    if (walk.at == extent.end || walk.ended) break;
     if (const Verdict verdict = ExamineRecord(&search, walk.at)) return *verdict;
   }
   return search.rowSeen ? BelongsBefore(NextRecord(search.block, search.last)) : kCannotExist;

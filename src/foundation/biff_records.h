@@ -293,4 +293,9 @@ constexpr uint32_t kObjId = 10;
 constexpr uint32_t kObjLeft = 14;
 constexpr uint32_t kObjTop = 18;
 
+// For PassOver: true for a record that neither opens nor closes a substream. (It stops at charts' records of the same low bytes as well.)
+inline bool IsInsideSubstream(const uint8_t* record) {
+  return record[kRecordTypeLow] != kLowBof && record[kRecordTypeLow] != kLowEof;
+}
+
 }  // namespace tolvenar

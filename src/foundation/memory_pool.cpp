@@ -132,16 +132,25 @@ Span SpanOf(uint32_t handle, int32_t count) {
 }  // namespace
 
 uint32_t MEMORYALLOC(int32_t size) {
+  const uint32_t base = AllocateForOverwrite(size);
+  if (base != 0 && size > 0) std::memset(BlockBytes(base), 0, static_cast<size_t>(size));
+  return base;
+}
+
+uint32_t AllocateForOverwrite(int32_t size) {
   if (!SetUp() || pool.freeSlots == 0) return 0;
   const size_t slot = FirstFit(0, size);
   if (slot == kNoSlot) return 0;
   const uint32_t base = pool.slotBases[slot];
   pool.liveBlocks[slot] = base;
-  if (size > 0) std::memset(BlockBytes(base), 0, static_cast<size_t>(size));
   pool.usedSizes[slot] = static_cast<uint32_t>(size);
   pool.bytesInUse += static_cast<uint32_t>(size);
   --pool.freeSlots;
   return base;
+}
+
+bool PoolCanGive(int32_t size) {
+  return SetUp() && pool.freeSlots != 0 && FirstFit(0, size) != kNoSlot;
 }
 
 uint32_t MEMORYREALLOC(uint32_t handle, int32_t new_size) {

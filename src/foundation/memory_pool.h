@@ -23,6 +23,12 @@ constexpr int32_t kSlotCount = 9;
 // MEMORYFREE; 0 when no free slot is large enough or the pool can't be set up.
 uint32_t MEMORYALLOC(int32_t size);
 
+// The same without zeroing: for a caller that writes all of the `size` bytes before anyone reads one of them.
+uint32_t AllocateForOverwrite(int32_t size);
+
+// True when MEMORYALLOC would give a block of `size` bytes now.
+bool PoolCanGive(int32_t size);
+
 // Resizes a block. In place when its slot holds `new_size`, and then bytes added are not zeroed; else it moves to the first free slot
 // above its own that does, with the whole capacity of the old slot. Returns the handle, which may have changed; 0 when the
 // handle is no live block or no slot above qualifies: the block is then untouched and still live.

@@ -19,6 +19,7 @@
 #include <cstdint>
 
 #include "platform/bytes.h"
+#include "platform/prediction.h"
 
 namespace tolvenar {
 
@@ -26,6 +27,7 @@ namespace tolvenar {
 constexpr uint32_t kRecordTypeLow = 0;
 constexpr uint32_t kRecordTypeHigh = 1;
 constexpr uint32_t kRecordLength = 2;
+constexpr uint32_t kTypeSize = 2;
 constexpr uint32_t kHeaderSize = 4;
 
 // Bit of the type's high byte that tells the chart and private records from all others.
@@ -108,7 +110,8 @@ void CopyIn(const Block& block, uint32_t at, const uint8_t* from, uint32_t n);
 // Record tests on the record at `at`.
 // Plain: low byte equal, chart bit clear. It catches every type with that low byte and that bit clear, on purpose.
 inline bool IsPlain(const Block& block, uint32_t at, uint8_t low) {
-  return U8At(block, at) == low && (U8At(block, at + kRecordTypeHigh) & kChartBit) == 0;
+  if (const uint8_t* p = At(block, at, kTypeSize)) return (ReadU16(p) & (kChartBit << 8 | 0xFF)) == low;
+  return U8At(block, at) == low;
 }
 
 // Chart: low byte equal, chart bit set; no stricter, on purpose.
@@ -118,7 +121,8 @@ inline bool IsChart(const Block& block, uint32_t at, uint8_t low) {
 
 // Private: low byte equal, high byte exactly 0xFE.
 inline bool IsPrivate(const Block& block, uint32_t at, uint8_t low) {
-  return U8At(block, at) == low && U8At(block, at + kRecordTypeHigh) == kPrivateHigh;
+  const uint8_t* p = At(block, at, kTypeSize);
+  return p != nullptr && ReadU16(p) == (kPrivateHigh << 8 | low);
 }
 
 inline bool IsJump(const Block& block, uint32_t at) {
@@ -149,35 +153,87 @@ struct Walk {
   Block block;
   uint32_t at = 0;
   bool ended = false;
-  uint32_t stepsLeft = 0;  // records that the block still has room for
-  uint32_t marked = 0;     // an offset visited earlier; meeting it again is a ring
-  uint32_t lap = 0;        // steps since it was marked
-  uint32_t lapLimit = 1;   // when the mark moves on; doubles each time
+  uint32_t stepsLeft = 0;   // records that the block has room for behind this lap
+  uint32_t marked = 0;      // an offset visited earlier; meeting it again is a ring
+  uint32_t lapLeft = 0;     // steps until the mark moves on; 0: the budget is used up
+  uint32_t lapLength = 1;   // doubles each time
+  uint32_t lastLength = 0;  // payload of the record stepped over last: what the next one is expected to have
 };
+
+// Moves the mark to where the walk is, and begins the next lap.
+inline void BeginLap(Walk* walk) {
+  walk->marked = walk->at;
+  walk->lapLeft = walk->stepsLeft < walk->lapLength ? walk->stepsLeft : walk->lapLength;
+  walk->stepsLeft -= walk->lapLeft;
+}
 
 inline Walk StartWalk(const Block& block, uint32_t from) {
   Walk walk;
   walk.block = block;
   walk.at = from;
-  walk.marked = from;
   walk.stepsLeft = block.extent / kHeaderSize;
+  BeginLap(&walk);
   return walk;
+}
+
+// `length`, sooner: where the next record stands is told by a length that has to be loaded first, and the place of the record behind
+// it by the next load, so that a walk waits for every one of them. Most records are as long as the one before them, or follow each other in
+// a pattern that the processor learns. So the walk goes on with the last length, and compares the loaded one: a branch that is predicted and
+// waits for nothing. The compiler must not see that both ways lead to the same number.
+inline uint32_t ExpectLength(Walk* walk, uint32_t length) {
+  uint32_t expected = Unrelated(walk->lastLength);
+  if (length != walk->lastLength) expected = Unrelated(length);
+  walk->lastLength = expected;
+  return expected;
+}
+
+// What NextRecord gives for the record that the walk is at.
+inline uint32_t NextInWalk(Walk* walk) {
+  const uint8_t* p = At(walk->block, walk->at, kHeaderSize);
+  if (p == nullptr || p[kRecordTypeHigh] == kPrivateHigh) return NextRecord(walk->block, walk->at);
+  return walk->at + kHeaderSize + ExpectLength(walk, ReadU16(p + kRecordLength));
+}
+
+// A step has been made: has it led into a ring, is the lap over?
+inline void CountStep(Walk* walk) {
+  if (walk->at == walk->marked) walk->ended = true;
+  if (--walk->lapLeft == 0) {
+    walk->lapLength *= 2;
+    BeginLap(walk);
+  }
 }
 
 // Goes on to the next record. A ring is noticed within three turns; the budget ends what is no ring and no stream either.
 inline void Step(Walk* walk) {
-  if (walk->stepsLeft == 0) {
+  if (walk->lapLeft == 0) {
     walk->ended = true;
     return;
   }
-  --walk->stepsLeft;
-  walk->at = NextRecord(walk->block, walk->at);
-  if (walk->at == walk->marked) walk->ended = true;
-  if (++walk->lap == walk->lapLimit) {
-    walk->marked = walk->at;
-    walk->lap = 0;
-    walk->lapLimit *= 2;
+  walk->at = NextInWalk(walk);
+  CountStep(walk);
+}
+
+// Bytes of a record that PassOver has in the block before it asks about it: the header, and the row and column of a cell.
+constexpr uint32_t kPassOverSees = kHeaderSize + 4;
+
+// Goes on, as steps would, over records that a walker has nothing to do with, and stands where the first other one stands, or the first
+// at `bound` or beyond, or where only a step can tell what is next: it may stop at any record, and the walker must look at that one
+// itself. `skips` gets the address of a record, of which kPassOverSees bytes can be read; it is never asked about private records,
+// which are all stopped at.
+template <typename Skips>
+inline void PassOver(Walk* walk, uint32_t bound, Skips skips) {
+  const Block block = walk->block;
+  if (walk->ended || block.extent < kPassOverSees) return;
+  const uint32_t behind_last = block.extent - kPassOverSees + 1;
+  const uint32_t end = bound < behind_last ? bound : behind_last;
+  Walk ahead = *walk;  // one whose address nobody has, so that it stays in registers
+  while (ahead.at < end && ahead.lapLeft != 0 && !ahead.ended) {
+    const uint8_t* record = block.base + ahead.at;
+    if (record[kRecordTypeHigh] == kPrivateHigh || !skips(record)) break;
+    ahead.at += kHeaderSize + ExpectLength(&ahead, ReadU16(record + kRecordLength));
+    CountStep(&ahead);
   }
+  *walk = ahead;
 }
 
 // 1 when the record after the one at `at`, past any DETOUR and RESUME, has the low byte 0xDB and the chart bit set; else 0. A SLACK in

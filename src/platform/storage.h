@@ -79,6 +79,10 @@ HRESULT StreamRead(Stream* stream, void* bytes, uint32_t count, uint32_t* moved)
 // need is reserved here, so that a full disk is told by this call.
 HRESULT StreamWrite(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved);
 
+// The same, but the bytes may be taken from where they are as late as the file is committed: the caller keeps them as they are until then, or
+// until the file is released. Spares a copy of a whole workbook where the stream was empty.
+HRESULT StreamWriteLent(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved);
+
 // Stores the stream's size in bytes in *size.
 HRESULT StreamSize(Stream* stream, uint64_t* size);
 

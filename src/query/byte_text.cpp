@@ -1,20 +1,14 @@
 // Byte text: the two forms of BSTR, numbers as text, and variants from raw bytes.
 #include "query/byte_text.h"
 
-#include <charconv>
 #include <cstring>
-#include <limits>
 
 #include "foundation/memory_pool.h"
+#include "query/number_text.h"
 
 namespace tolvenar {
 
 namespace {
-
-constexpr int kDecimals = 6;
-
-// Sign, digits of the largest double, point and decimals.
-constexpr size_t kNumberRoom = 1 + std::numeric_limits<double>::max_exponent10 + 1 + 1 + kDecimals;
 
 // Bytes that FillVariant copies for a type.
 size_t WidthOf(VARTYPE type) {
@@ -66,9 +60,8 @@ BSTR PackedBstr(const Block& block, uint32_t at, uint32_t n) {
 }
 
 BSTR NumberBstr(double value) {
-  char text[kNumberRoom];
-  const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, kDecimals).ptr;
-  return ByteBstr(text, static_cast<int32_t>(end - text));
+  char text[kNumberTextRoom];
+  return ByteBstr(text, static_cast<int32_t>(WriteNumber(text, value) - text));
 }
 
 void FillVariant(VARIANT* variant, VARTYPE type, const void* value) {
@@ -79,8 +72,7 @@ void FillVariant(VARIANT* variant, VARTYPE type, const void* value) {
 }
 
 bool PoolHasRoom(int32_t size) {
-  uint32_t block = MEMORYALLOC(size);
-  return MEMORYFREE(&block) != 0;
+  return PoolCanGive(size);
 }
 
 }  // namespace tolvenar

@@ -1,6 +1,8 @@
 // Cells of a staged sheet, from templates.
 #include "sheet/cell_templates.h"
 
+#include <cstring>
+
 #include "foundation/biff_records.h"
 #include "foundation/memory_pool.h"
 #include "sheet/cell_value.h"
@@ -32,6 +34,26 @@ Filled Fill(const CellTemplates& templates, uint16_t row, uint16_t column, uint1
   return {BlockBytes(templates.blank), kBlankSize};
 }
 
+// The same at `to`, where the longest cell has room: the template is only read, so that nothing waits for what was just written to it. Returns
+// the size.
+uint32_t FillInPlace(const CellTemplates& templates, uint8_t* to, uint16_t row, uint16_t column, uint16_t xf,
+                     const CellValue& cell) {
+  if (cell.kind == CellKind::kNumber) {
+    std::memcpy(to, BlockBytes(templates.number), kNumberSize);
+    FillNumberRecord(to, row, column, xf, cell.number);
+    return kNumberSize;
+  }
+  if (cell.kind == CellKind::kText) {
+    uint32_t size = 0;
+    std::memcpy(to, BlockBytes(templates.label), kLabelTextBiff8);
+    FillLabelRecord({to, templates.shell.extent}, &size, row, column, xf, cell.text);
+    return size;
+  }
+  std::memcpy(to, BlockBytes(templates.blank), kBlankSize);
+  FillBlankRecord(to, row, column, xf);
+  return kBlankSize;
+}
+
 }  // namespace
 
 bool MakeTemplates(CellTemplates* templates, SheetStream* stream) {
@@ -45,7 +67,8 @@ bool MakeTemplates(CellTemplates* templates, SheetStream* stream) {
     return false;
   }
   templates->shell = {BlockBytes(templates->label), MEMORYSIZE(templates->label)};
-  templates->capacity = static_cast<int32_t>(MEMORYALLOCSIZE(stream->buffer));
+  templates->room = OpenBlock(stream->buffer);
+  templates->capacity = static_cast<int32_t>(templates->room.extent);
   return true;
 }
 
@@ -57,10 +80,17 @@ void ReleaseTemplates(CellTemplates* templates) {
 
 bool AppendCell(CellTemplates* templates, SheetStream* stream, uint16_t row, uint16_t column, uint16_t xf,
                 const VARIANT* value) {
-  const Filled filled = Fill(*templates, row, column, xf, MapCell(value));
+  const CellValue cell = MapCell(value);
+  // While there is room for the longest cell and one byte more, no append would grow the buffer: the cell is made in its place.
+  if (uint8_t* to = At(templates->room, stream->at, kLabelShellSize + 1)) {
+    stream->at += FillInPlace(*templates, to, row, column, xf, cell);
+    return true;
+  }
+  const Filled filled = Fill(*templates, row, column, xf, cell);
   const int32_t behind = AppendBytesTracked(&stream->buffer, &stream->size, static_cast<int32_t>(stream->at),
                                             filled.bytes, filled.size, &templates->capacity);
   if (behind < 0) return false;
+  templates->room = OpenBlock(stream->buffer);
   stream->at = static_cast<uint32_t>(behind);
   return true;
 }

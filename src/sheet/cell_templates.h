@@ -16,6 +16,7 @@ struct CellTemplates {
   uint32_t label;
   Block shell;       // the label's block, its extent the shell's size
   int32_t capacity;  // of the stream's buffer, kept up by the appends
+  Block room;        // the stream's buffer, opened anew whenever an append may have moved it
 };
 
 // Makes the templates, at most one pool block each. False when one is missing: all are released, and so is

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "foundation/memory_pool.h"
+#include "platform/prediction.h"
 #include "sheet/cell_columns.h"
 #include "sheet/cell_templates.h"
 #include "sheet/sheet_append.h"
@@ -88,9 +89,18 @@ bool AppendByRows(CellTemplates* templates, SheetStream* stream, const Slice& sl
   return true;
 }
 
+// The texts of a column lie all over the memory of the host, and each would be waited for.
+void FetchTextAhead(const Slice& slice, int32_t row, int32_t column) {
+  constexpr int32_t kAhead = 16;
+  if (slice.cells == nullptr || row >= slice.rows - kAhead) return;
+  const VARIANT& value = slice.cells[int64_t{row + kAhead} * slice.columns + column];
+  if (value.vt == VT_BSTR) FetchAhead(value.bstrVal);
+}
+
 bool AppendByColumns(CellTemplates* templates, SheetStream* stream, const Slice& slice) {
   for (int32_t column = 0; column < slice.columns; ++column) {
     for (int32_t row = 0; row < slice.rows; ++row) {
+      FetchTextAhead(slice, row, column);
       if (!AppendSliceCell(templates, stream, slice, row, column)) return false;
     }
   }

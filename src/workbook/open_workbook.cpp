@@ -1,6 +1,8 @@
 // XLOpenFile: read the stream, cut it behind its last substream, end it.
 #include "workbook/open_workbook.h"
 
+#include <cstring>
+
 #include "foundation/biff_records.h"
 #include "foundation/memory_pool.h"
 #include "workbook/biff_version.h"
@@ -37,10 +39,10 @@ bool OpenWorkbookStream(StmFFile* file, StmFItem** item) {
   return false;
 }
 
-// A block that really has room for `size` bytes: from 2 GiB on the pool would take the size for a negative
+// A block that really has room for `size` bytes, which are not zeroed, as the stream fills them: from 2 GiB on the pool would take the size for a negative
 // one, which fits every slot.
 uint32_t AllocateWhole(uint32_t size) {
-  return size > INT32_MAX ? 0 : MEMORYALLOC(static_cast<int32_t>(size));
+  return size > INT32_MAX ? 0 : AllocateForOverwrite(static_cast<int32_t>(size));
 }
 
 bool ReadWhole(StmFItem* item, uint32_t buffer, uint32_t count) {
@@ -59,6 +61,7 @@ int16_t ReadStream(const char* path, uint32_t* buffer, uint32_t* size) {
   *size += kBufEndSize;
   *buffer = AllocateWhole(*size);
   if (*buffer == 0) return kNoBlock;
+  std::memset(BlockBytes(*buffer) + *size - kBufEndSize, 0, kBufEndSize);
   if (!ReadWhole(stream.item, *buffer, *size - kBufEndSize)) {
     MEMORYFREE(buffer);
     return kReadFailed;
@@ -80,6 +83,8 @@ bool FindCut(const Block& block, uint32_t size, uint32_t* cut) {
   const uint32_t limit = size - (kBufEndSize + 1);
   int32_t depth = 0;
   for (Walk walk = StartWalk(block, 0); walk.at < limit && !walk.ended; Step(&walk)) {
+    PassOver(&walk, limit, IsInsideSubstream);
+    if (walk.at >= limit || walk.ended) break;
     if (IsPlain(block, walk.at, kLowBof)) ++depth;
     if (!IsPlain(block, walk.at, kLowEof)) continue;
     --depth;

@@ -46,12 +46,12 @@ int16_t MakeRoom(StmFFile* file, const char* path, const char* name) {
   return file->DeleteStream(name) != kStmDone ? kNotDeleted : kSaved;
 }
 
-// Creates the stream `name` with the `count` bytes at `bytes` and closes it and the file.
+// Creates the stream `name` with the `count` bytes at `bytes` and closes it and the file. The bytes go to the disk from where they are.
 int16_t PutStream(StmFFile* file, const char* name, const uint8_t* bytes, uint32_t count) {
   StmFItemHolder stream;
   if (file->CreateStream(name, &stream.item, false) != kStmDone) return kStreamNotCreated;
   uint32_t moved = 0;
-  if (stream.item->Write(bytes, count, &moved) != kStmDone || moved != count) return kWriteFailed;
+  if (stream.item->WriteLent(bytes, count, &moved) != kStmDone || moved != count) return kWriteFailed;
   if (stream.item->Close() < 0) return kStreamNotClosed;
   return file->Close() < 0 ? kFileNotClosed : kSaved;
 }

@@ -17,6 +17,18 @@ int32_t CheckOpen(const StmFItem& item) {
   return item.IsOwnerOpen() ? kStmDone : kStmOwnerClosed;
 }
 
+// A write by either of the platform's ways.
+using WriteBytes = HRESULT (*)(platform::Stream*, const void*, uint32_t, uint32_t*);
+int32_t Put(StmFItem* item, WriteBytes write, const void* buffer, uint32_t count, uint32_t* moved) {
+  if (const int32_t result = CheckOpen(*item); result != kStmDone) return result;
+  if (count == 0) return kStmDone;  // unlike a read of nothing, on purpose
+  item->requested = count;
+  const int32_t result = write(item->stream, buffer, count, &item->transferred);
+  if (result < 0) return result;
+  if (moved != nullptr) *moved = item->transferred;
+  return kStmDone;
+}
+
 }  // namespace
 
 StmFItem::StmFItem() {
@@ -59,13 +71,11 @@ int32_t StmFItem::Read(void* buffer, uint32_t count, uint32_t* moved) {
 }
 
 int32_t StmFItem::Write(const void* buffer, uint32_t count, uint32_t* moved) {
-  if (const int32_t result = CheckOpen(*this); result != kStmDone) return result;
-  if (count == 0) return kStmDone;  // unlike a read of nothing, on purpose
-  requested = count;
-  const int32_t result = platform::StreamWrite(stream, buffer, count, &transferred);
-  if (result < 0) return result;
-  if (moved != nullptr) *moved = transferred;
-  return kStmDone;
+  return Put(this, platform::StreamWrite, buffer, count, moved);
+}
+
+int32_t StmFItem::WriteLent(const void* buffer, uint32_t count, uint32_t* moved) {
+  return Put(this, platform::StreamWriteLent, buffer, count, moved);
 }
 
 uint32_t StmFItem::GetSize() {

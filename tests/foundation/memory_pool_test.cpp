@@ -32,6 +32,28 @@ class MemoryPoolTest : public testing::PoolTest {
   }
 };
 
+TEST_F(MemoryPoolTest, AllocateForOverwrite_LeavesTheBytesAsTheyAre) {
+  uint32_t first = MEMORYALLOC(20);
+  MEMORYSET1(&first, 20, 0x5A);
+  MEMORYFREE(&first);
+  const uint32_t again = AllocateForOverwrite(10);
+  EXPECT_EQ(MEMORYISHANDLE(again), 1);
+  EXPECT_EQ(MEMORYSIZE(again), 10u);
+  EXPECT_EQ(BlockBytes(again)[0], 0x5A);
+  EXPECT_EQ(BlockBytes(again)[9], 0x5A);
+}
+
+TEST_F(MemoryPoolTest, PoolCanGive_TellsWhatMemoryAllocWouldDo) {
+  EXPECT_TRUE(PoolCanGive(kLargest));
+  EXPECT_FALSE(PoolCanGive(kLargest + 1));
+  uint32_t bytes = 0;
+  EXPECT_EQ(MEMORYHANDLES(&bytes, 0), 0u);
+  TakeSlots(8);
+  EXPECT_TRUE(PoolCanGive(kLargest));
+  TakeSlots(1);
+  EXPECT_FALSE(PoolCanGive(1));
+}
+
 TEST_F(MemoryPoolTest, TenOneByteBlocks_NineInSlotOrderThenNull) {
   for (int32_t slot = 1; slot <= kSlotCount; ++slot) {
     const uint32_t handle = MEMORYALLOC(1);

@@ -93,6 +93,38 @@ TEST_F(CompoundStream, Write_InPieces_IsOneStream) {
   EXPECT_TRUE(StreamOf(Path("file"), "pieces") == bytes);
 }
 
+TEST_F(CompoundStream, WriteLent_IsReadBackAndCommitted) {
+  const Bytes bytes = Pattern(70000);
+  Stream* stream = NewStream("lent");
+  uint32_t moved = 0;
+  ASSERT_EQ(platform::StreamWriteLent(stream, bytes.data(), static_cast<uint32_t>(bytes.size()), &moved),
+            S_OK);
+  EXPECT_EQ(moved, bytes.size());
+  EXPECT_EQ(Size(stream), bytes.size());
+  platform::StreamRelease(stream);
+  ASSERT_EQ(platform::StorageOpenStream(file_.storage, Name("lent"), platform::kModeExclusive, &stream),
+            S_OK);
+  Bytes back(bytes.size());
+  EXPECT_EQ(platform::StreamRead(stream, back.data(), static_cast<uint32_t>(back.size()), &moved), S_OK);
+  EXPECT_TRUE(back == bytes);
+  platform::StreamRelease(stream);
+  ASSERT_EQ(file_.Commit(), S_OK);
+  file_.Release();
+  EXPECT_TRUE(StreamOf(Path("file"), "lent") == bytes);
+}
+
+TEST_F(CompoundStream, WriteLent_WithMoreBehindIt_IsOneStream) {
+  const Bytes bytes = Pattern(9000);
+  Stream* stream = NewStream("lent");
+  ASSERT_EQ(platform::StreamWriteLent(stream, bytes.data(), 5000, nullptr), S_OK);
+  ASSERT_EQ(platform::StreamWriteLent(stream, bytes.data() + 5000, 3000, nullptr), S_OK);
+  ASSERT_EQ(platform::StreamWrite(stream, bytes.data() + 8000, 1000, nullptr), S_OK);
+  platform::StreamRelease(stream);
+  ASSERT_EQ(file_.Commit(), S_OK);
+  file_.Release();
+  EXPECT_TRUE(StreamOf(Path("file"), "lent") == bytes);
+}
+
 TEST_F(CompoundStream, Write_OverTheStartOfAnExistingStream_KeepsTheRest) {
   Bytes bytes = Pattern(9000);
   Make("file", {{"s", bytes}});

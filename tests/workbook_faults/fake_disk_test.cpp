@@ -189,6 +189,10 @@ HRESULT StreamWrite(Stream* stream, const void* bytes, uint32_t count, uint32_t*
   return S_OK;
 }
 
+HRESULT StreamWriteLent(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved) {
+  return StreamWrite(stream, bytes, count, moved);
+}
+
 HRESULT StreamSize(Stream* stream, uint64_t* size) {
   if (FakeDisk().Note("size", "") != Disk::Fate::kServe) return kFault;
   *size = StreamOf(stream)->file->streams[StreamOf(stream)->name].size();

@@ -32,7 +32,10 @@ BSTR NewText(size_t count) {
   if (block == nullptr) return nullptr;
   const uint32_t length = static_cast<uint32_t>(count);
   std::memcpy(block, &length, sizeof length);
-  std::memset(block + kPrefix + count, 0, padded - count + kUnit);
+  // Both, as they are one and the same behind a text of even length.
+  constexpr OLECHAR kZero = 0;
+  std::memcpy(block + kPrefix + count, &kZero, kUnit);
+  std::memcpy(block + kPrefix + padded, &kZero, kUnit);
   return static_cast<BSTR>(static_cast<void*>(block + kPrefix));
 }
 

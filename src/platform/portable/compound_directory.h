@@ -26,11 +26,17 @@ struct Node {
   bool live = true;
   bool open = false;       // a Stream for it exists
   bool located = false;    // `extents` are known
-  bool in_memory = false;  // the contents are `bytes`, else they lie at `extents`
+  bool in_memory = false;  // the contents are NodeBytes, else they lie at `extents`
   uint64_t size = 0;
   std::vector<Extent> extents;
   std::vector<uint8_t> bytes;
+  const uint8_t* lent = nullptr;  // the contents while they are still their writer's; then `bytes` is empty
 };
+
+// Contents that are in memory.
+inline const uint8_t* NodeBytes(const Node& node) {
+  return node.lent != nullptr ? node.lent : node.bytes.data();
+}
 
 struct Directory {
   std::vector<Node> nodes;

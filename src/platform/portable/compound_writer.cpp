@@ -239,7 +239,7 @@ class Writer {
       const Node& node = NodeAt(i);
       if (!IsStream(node) || IsMini(node) != mini) continue;
       if (node.in_memory) {
-        output_.Bytes(node.bytes.data(), node.size);
+        output_.Bytes(NodeBytes(node), node.size);
       } else {
         output_.Copy(from_, node.extents, node.size);
       }
@@ -259,6 +259,7 @@ class Writer {
       if (node.size != 0) node.extents[0] = {0, file_at, node.size};
       node.located = true;
       node.in_memory = false;
+      node.lent = nullptr;
       std::vector<uint8_t>().swap(node.bytes);
     }
   }

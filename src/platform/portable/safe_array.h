@@ -53,7 +53,7 @@ inline VARIANT* AsVariant(uint8_t* element) {
 
 // Makes `text` the element, which owns it from here on, and releases the old one.
 inline void ReplaceBstr(BSTR* element, BSTR text) {
-  SysFreeString(*element);
+  if (*element != nullptr) SysFreeString(*element);
   *element = text;
 }
 

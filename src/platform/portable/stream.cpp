@@ -26,7 +26,7 @@ HRESULT ReadContents(Stream* stream, void* bytes, uint32_t count, uint32_t* move
   HRESULT result = LocateNode(stream->storage, &node);
   if (result != S_OK || part == 0) return result;
   if (node.in_memory) {
-    std::memcpy(bytes, node.bytes.data() + stream->position, part);
+    std::memcpy(bytes, NodeBytes(node) + stream->position, part);
   } else {
     result = ReadExtents(stream->storage->target.file, node.extents, stream->position, bytes, part);
   }
@@ -38,6 +38,10 @@ HRESULT ReadContents(Stream* stream, void* bytes, uint32_t count, uint32_t* move
 
 // Takes the contents into memory, where they can be changed.
 HRESULT TakeContents(Storage* storage, Node* node) {
+  if (node->lent != nullptr) {
+    node->bytes.assign(node->lent, node->lent + node->size);
+    node->lent = nullptr;
+  }
   if (node->in_memory) return S_OK;
   HRESULT result = LocateNode(storage, node);
   if (result != S_OK) return result;
@@ -52,13 +56,23 @@ bool TakesMoreRoom(uint64_t before, uint64_t after) {
   return before == 0 || (before - 1) / kMiniSectorSize != (after - 1) / kMiniSectorSize;
 }
 
-HRESULT WriteContents(Stream* stream, const void* bytes, uint32_t count) {
+// Puts bytes over and behind the contents that are in memory.
+void PutBytes(Node* node, size_t at, const uint8_t* from, uint32_t count) {
+  const size_t over = std::min<size_t>(count, node->bytes.size() - at);
+  if (over != 0) std::memcpy(node->bytes.data() + at, from, over);
+  node->bytes.insert(node->bytes.end(), from + over, from + count);
+}
+
+enum class Source { kCopied, kLent };
+
+HRESULT WriteContents(Stream* stream, const void* bytes, uint32_t count, Source source) {
   Storage* storage = stream->storage;
   HRESULT result = PrepareChange(storage, kNoEntry);
   Node& node = NodeOf(stream);
   if (result == S_OK) result = TakeContents(storage, &node);
   if (result != S_OK) return result;
   storage->changed = true;
+  const bool empty = node.size == 0;
   const uint64_t end = stream->position + count;
   if (end > node.size) {
     if (TakesMoreRoom(node.size, end)) storage->reserved = false;
@@ -67,11 +81,24 @@ HRESULT WriteContents(Stream* stream, const void* bytes, uint32_t count) {
   result = ReserveForCommit(storage);
   if (result != S_OK) return result;
   const uint8_t* from = static_cast<const uint8_t*>(bytes);
-  const size_t at = static_cast<size_t>(stream->position);
-  const size_t over = std::min<size_t>(count, node.bytes.size() - at);
-  if (over != 0) std::memcpy(node.bytes.data() + at, from, over);
-  node.bytes.insert(node.bytes.end(), from + over, from + count);
+  if (empty && source == Source::kLent) {
+    node.lent = from;
+  } else {
+    PutBytes(&node, static_cast<size_t>(stream->position), from, count);
+  }
   stream->position = end;
+  return S_OK;
+}
+
+// A write of either kind.
+HRESULT Write(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved, Source source) {
+  if (moved != nullptr) *moved = 0;
+  HRESULT result = CheckStream(stream);
+  if (result == S_OK && bytes == nullptr && count != 0) result = kStgInvalidPointer;
+  if (result != S_OK || count == 0) return result;
+  result = Guarded([&] { return WriteContents(stream, bytes, count, source); });
+  if (result != S_OK) return FailStorage(stream->storage, result);
+  if (moved != nullptr) *moved = count;
   return S_OK;
 }
 
@@ -87,14 +114,11 @@ HRESULT StreamRead(Stream* stream, void* bytes, uint32_t count, uint32_t* moved)
 }
 
 HRESULT StreamWrite(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved) {
-  if (moved != nullptr) *moved = 0;
-  HRESULT result = CheckStream(stream);
-  if (result == S_OK && bytes == nullptr && count != 0) result = kStgInvalidPointer;
-  if (result != S_OK || count == 0) return result;
-  result = Guarded([&] { return WriteContents(stream, bytes, count); });
-  if (result != S_OK) return FailStorage(stream->storage, result);
-  if (moved != nullptr) *moved = count;
-  return S_OK;
+  return Write(stream, bytes, count, moved, Source::kCopied);
+}
+
+HRESULT StreamWriteLent(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved) {
+  return Write(stream, bytes, count, moved, Source::kLent);
 }
 
 HRESULT StreamSize(Stream* stream, uint64_t* size) {

@@ -67,6 +67,10 @@ HRESULT StreamWrite(Stream* stream, const void* bytes, uint32_t count, uint32_t*
   return result;
 }
 
+HRESULT StreamWriteLent(Stream* stream, const void* bytes, uint32_t count, uint32_t* moved) {
+  return StreamWrite(stream, bytes, count, moved);
+}
+
 HRESULT StreamSize(Stream* stream, uint64_t* size) {
   STATSTG statistics = {};
   const HRESULT result = stream->Stat(&statistics, STATFLAG_NONAME);
