@@ -291,6 +291,15 @@ TEST_F(SeriesDetails, BlockThatIsNeverClosed_ReadsOnBehindTheChart) {
   EXPECT_EQ(names_.TextAt(1), "behind");
 }
 
+TEST_F(SeriesDetails, BlockThatIsNeverClosed_EndsAtTheBufEnd) {
+  ChartBuilder book = OneChart();
+  book.Chart().Begin().Series(1).Begin().Close().EndSheet();
+  book.Stream().BufEnd();
+  Load(book.SeriesText("behind"));
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(names_.TextAt(1), "unset");
+}
+
 // Each chart type as the first of a group, with another behind it that no longer counts.
 TEST_F(SeriesDetails, KindsOfGroups) {
   const struct {
