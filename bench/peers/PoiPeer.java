@@ -1,6 +1,7 @@
 // The same pieces of work by Apache POI; each repetition prints its seconds and the processor's.
 //
 //   PoiPeer event|workbook JOB INPUT OUTPUT WARM_UPS REPEATS      JOB: R1 R2 R3, with workbook also E1 E2 I1 W1 W2
+//   PoiPeer make PATH                                             a workbook with the contents of R1
 import com.sun.management.OperatingSystemMXBean;
 import java.io.BufferedOutputStream;
 import java.io.File;
@@ -151,6 +152,20 @@ public class PoiPeer {
     }
   }
 
+  // The workbook of R1, for the insertion of a row: POI can't move rows in those of other writers.
+  static void make(String path) throws Exception {
+    try (HSSFWorkbook book = new HSSFWorkbook()) {
+      for (int row = 0; row < ROWS; ++row) {
+        HSSFSheet sheet = row % (ROWS / 2) == 0 ? book.createSheet() : book.getSheetAt(row / (ROWS / 2));
+        HSSFRow made = sheet.createRow(row % (ROWS / 2));
+        for (int column = 0; column < COLUMNS; ++column) {
+          made.createCell(column).setCellValue(row * 1.37 + column * 0.001 + 0.1);
+        }
+      }
+      save(book, path);
+    }
+  }
+
   static void run(String way, String job, String input, String output) throws Exception {
     if (job.startsWith("R")) {
       if (way.equals("event")) {
@@ -166,6 +181,10 @@ public class PoiPeer {
   }
 
   public static void main(String[] arguments) throws Exception {
+    if (arguments[0].equals("make")) {
+      make(arguments[1]);
+      return;
+    }
     String job = arguments[1];
     int warmUps = Integer.parseInt(arguments[4]);
     int repeats = Integer.parseInt(arguments[5]);
