@@ -53,10 +53,16 @@ uint32_t TakeValues(const GridCell& sizes) {
   return MEMORYALLOC(static_cast<int32_t>(std::max<int64_t>(bytes, INT32_MIN)));
 }
 
-// Where the position values go: the array, and the sizes that it has.
+// Cells of boxes that one get puts at most: those of a table that was filled 64 times over, and in a small one 2^26.
+// Each of many boxes in a damaged table can claim all cells, and a get would take hours.
+constexpr int64_t kMostPuts = int64_t{1} << 26;
+constexpr int64_t kMostFills = 64;
+
+// Where the position values go: the array, the sizes that it has, and the puts that are left.
 struct Target {
   SAFEARRAY* array = nullptr;
   GridCell sizes = {};
+  int64_t left = 0;
 };
 
 void PutPosition(const Target& target, const GridCell& index, uint32_t value) {
@@ -105,22 +111,29 @@ StoredBox BoxAt(const Block& block, uint32_t at) {
   return box;
 }
 
-// Visits only the cells inside the array, as the puts of all others would fail. A box without a count along a dimension has no cells.
-void PutBlock(const Target& target, const Block& block, uint32_t at) {
+// Visits only the cells inside the array, as the puts of all others would fail. A box without a count along a dimension has no cells. One of
+// more cells than there are puts left is left out.
+void PutBlock(Target* target, const Block& block, uint32_t at) {
+  const GridCell& sizes = target->sizes;
   GridCell corner;
-  if (!SplitPlace(U32At(block, at + kTableBlockFirst), target.sizes, &corner)) return;
+  if (!SplitPlace(U32At(block, at + kTableBlockFirst), sizes, &corner)) return;
   const StoredBox box = BoxAt(block, at);
   const uint32_t base = U32At(block, at + kTableBlockPosition);
   GridCell first;
   GridCell past;
+  int64_t cells = 1;
   for (uint32_t k = 0; k < kGridDimensions; ++k) {
     first[k] = std::max(0, -corner[k]);
-    past[k] = std::min(box.counts[k], target.sizes[k] - corner[k]);
+    past[k] = std::min(box.counts[k], sizes[k] - corner[k]);
+    if (past[k] <= first[k]) return;
+    cells *= past[k] - first[k];
   }
+  if (cells > target->left) return;
+  target->left -= cells;
   VisitPlaces(first, past, [&](const GridCell& cell) {
     GridCell index;
     for (uint32_t k = 0; k < kGridDimensions; ++k) index[k] = corner[k] + cell[k] + 1;
-    PutPosition(target, index, base + PlaceOf(box.steps, cell));
+    PutPosition(*target, index, base + PlaceOf(box.steps, cell));
   });
 }
 
@@ -160,10 +173,11 @@ int16_t XLRGetRefTable(uint32_t buffer, uint16_t table, SAFEARRAY** array) {
       target.sizes = TableSizesAt(block, object.walk.at);
       const int16_t fits = CheckTableArray(target.array, target.sizes);
       if (fits != kRefArrayFits) return fits;
+      target.left = std::max(kMostPuts, kMostFills * VolumeOf(target.sizes));
     } else if (AtObjectRecord(object, kLowTableCell)) {
       PutCell(target, block, object.walk.at);
     } else if (AtObjectRecord(object, kLowTableBlock)) {
-      PutBlock(target, block, object.walk.at);
+      PutBlock(&target, block, object.walk.at);
     }
   }
   return object.seen ? kRefDone : kRefHeadNotMet;

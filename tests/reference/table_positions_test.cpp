@@ -287,6 +287,17 @@ TEST_F(OddPositionsTest, ABoxOfHugeCountsPutsOnlyWhatTheArrayHas) {
   EXPECT_EQ(ReadOf(content, {2, 2, 1, 1}), (Values{1, 2, 257, 258}));
 }
 
+// Filled more often than anyone fills a table: what is left out are whole boxes at the end of the walk.
+TEST_F(OddPositionsTest, BoxesThatCoverALargeArrayMoreThan64TimesOverAreLeftOut) {
+  constexpr int kBoxes = 70;
+  const GridCell sizes = {255, 4200, 1, 1};
+  Bytes content;
+  for (uint32_t i = 1; i <= kBoxes; ++i) content = content + BoxPosition(1 + 10, 0, i, 255, 4200, 0);
+  const Values values = ReadOf(content, sizes);
+  EXPECT_EQ(values[0], 64u);
+  EXPECT_EQ(values[255 * 4200 - 1], 64u + 254 + 256 * 4199);
+}
+
 TEST_F(OddPositionsTest, ABoxThatBeginsInsideIsCutAtTheEnd) {
   EXPECT_EQ(ReadOf(BoxPosition(1, 1, 10, 255, 0, 0), {3, 2, 1, 1}), (Values{5, 10, 11, 5, 5, 5}));
 }
