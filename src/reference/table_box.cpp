@@ -95,19 +95,11 @@ void TakeLargest(Box* box, const Block& mask) {
   box->extents = largest;
 }
 
-// A block of `bytes` bytes that holds anything: only a first byte is asked for zeroed, since the remaining array may be large and a box
-// small. It fails exactly when a block of all bytes can't be had: the smallest free slot is taken, and any that has the room is above it.
-uint32_t TakeUncleared(int32_t bytes) {
-  uint32_t first = MEMORYALLOC(1);
-  const uint32_t whole = MEMORYREALLOC(first, bytes);
-  if (whole == 0) MEMORYFREE(&first);
-  return whole;
-}
-
-// The block of the mask has room for the remaining array of `volume` cells, whether so much is needed or not.
+// The block of the mask has room for the remaining array of `volume` cells, whether so much is needed or not; it is not zeroed, since the
+// remaining array may be large and a box small.
 int16_t FitBox(Box* box, int64_t volume) {
   const bool too_large = volume > INT32_MAX / int64_t{kValueSize};
-  uint32_t mask = too_large ? 0 : TakeUncleared(static_cast<int32_t>(volume * kValueSize));
+  uint32_t mask = too_large ? 0 : AllocateForOverwrite(static_cast<int32_t>(volume * kValueSize));
   if (mask == 0) return kBoxNoMask;
   TakeLargest(box, OpenBlock(mask));
   MEMORYFREE(&mask);
