@@ -1,8 +1,9 @@
-/* Calls the pieces of C in the host's guide, and looks whether they do what the guide says.
+/* Calls the pieces of C in the host's guide and in the page on references, and looks whether they do what the guide says.
  *
  *   host_guide SAMPLE NEWREF OUT        SAMPLE: a workbook of BIFF5; NEWREF: the program that makes a file of references; OUT: a folder
  */
 #include "host_guide_blocks.h"
+#include "references_blocks.h"
 
 #include <stdlib.h>
 
@@ -88,6 +89,16 @@ static void bind(const char* workbook, const char* newref, const char* folder) {
   const int id = bind_workbook(workbook, store);
   EXPECT(id > 0);
   EXPECT(XLGetReference(workbook) == id);
+
+  uint32_t buffer, size, table, reference = 0, reference_size = 0;
+  EXPECT(open_workbook(workbook, &buffer, &size, &table) == 0);
+  const int32_t next = keep_and_bind(store, workbook, &buffer, &table, &size);
+  EXPECT(next == id + 1);
+  close_workbook(&buffer, &table);
+  EXPECT(XLGetReference(workbook) == next);
+  EXPECT(XLReadReference(store, &reference, &reference_size, next) == 0);
+  EXPECT(XLRTableByGraph(reference, 1, 0) == 1);
+  XLFreeHandle(&reference);
 }
 
 int main(int argc, char** argv) {
