@@ -6,6 +6,7 @@ A full disk leaves the file as it was.
 TOLVENAR_NEWREF is the program that makes an empty ReferenceFile.
 """
 import ctypes
+import errno
 import os
 import random
 import shutil
@@ -242,9 +243,17 @@ class FullDisk(unittest.TestCase):
         filler = os.path.join(self.mount, "filler")
         if os.path.exists(filler):
             os.remove(filler)
+        folder = os.open(self.mount, os.O_RDONLY)
+        os.fsync(folder)  # the blocks of the old filler are free only now
+        os.close(folder)
         free = shutil.disk_usage(self.mount).free - kilobytes * 1024
-        with open(filler, "wb") as file:
-            file.write(bytes(max(free, 0)))
+        try:
+            with open(filler, "wb", buffering=0) as file:
+                file.write(bytes(max(free, 0)))  # as much of it as there is room for
+                os.fsync(file.fileno())
+        except OSError as failure:
+            if failure.errno != errno.ENOSPC:
+                raise
 
     def results(self, call, good):
         """What the call says by free kilobytes, from none to more than it needs. The first failures and the last results are as told."""
