@@ -49,12 +49,8 @@ struct SeriesRecords {
 
 int16_t CheckArray(SAFEARRAY** array, int16_t last) {
   SAFEARRAY* named = ArrayAt(array);
-  LONG lower = 0;
-  LONG upper = 0;
   if (SafeArrayGetDim(named) != 1) return kChartNotOneDimension;
-  if (FAILED(SafeArrayGetLBound(named, 1, &lower)) || FAILED(SafeArrayGetUBound(named, 1, &upper)))
-    return kChartArrayDoesNotFit;
-  return lower == 1 && upper == last ? kChartRead : kChartArrayDoesNotFit;
+  return platform::HasBounds(named, 1, 1, last) ? kChartRead : kChartArrayDoesNotFit;
 }
 
 int16_t CheckArrays(const SeriesArrays& arrays) {

@@ -1,4 +1,4 @@
-// The array of a caller: the one that a variable names, and an element of it as plain bytes, whatever the elements are.
+// The array of a caller: the one that a variable names, its bounds, and an element of it as plain bytes, whatever the elements are.
 #pragma once
 
 #include <cstdint>
@@ -18,6 +18,15 @@ inline SAFEARRAY* ArrayAt(SAFEARRAY** array) {
 inline SAFEARRAY* ArrayAt(SAFEARRAY** array, UINT dimensions) {
   SAFEARRAY* named = ArrayAt(array);
   return SafeArrayGetDim(named) <= dimensions ? named : nullptr;
+}
+
+// Whether a dimension of the array, counted from 1, runs from exactly `first` to exactly `last`.
+inline bool HasBounds(SAFEARRAY* array, UINT dimension, LONG first, LONG last) {
+  LONG lower = 0;
+  LONG upper = 0;
+  const bool told = SUCCEEDED(SafeArrayGetLBound(array, dimension, &lower)) &&
+                    SUCCEEDED(SafeArrayGetUBound(array, dimension, &upper));
+  return told && lower == first && upper == last;
 }
 
 // True for elements that are nothing but bytes, at most as many as a VARIANT has. Texts, values, interfaces and records would be handed out

@@ -197,11 +197,7 @@ uint16_t XLGetNumFormatItems(uint32_t buffer, uint32_t table, int16_t kind) {
 
 int16_t CheckItemArray(SAFEARRAY* array, int32_t count) {
   if (SafeArrayGetDim(array) != 1) return kItemsNotOneDimension;
-  LONG lower = 0;
-  LONG upper = 0;
-  if (FAILED(SafeArrayGetLBound(array, 1, &lower)) || FAILED(SafeArrayGetUBound(array, 1, &upper)))
-    return kItemsArrayDoesNotFit;
-  return lower == 0 && upper == count - 1 ? kItemsRead : kItemsArrayDoesNotFit;
+  return platform::HasBounds(array, 1, 0, count - 1) ? kItemsRead : kItemsArrayDoesNotFit;
 }
 
 int16_t XLGetFormatData(SAFEARRAY** items, uint32_t buffer, uint32_t table, int16_t kind) {
