@@ -34,8 +34,8 @@ std::vector<std::string> ExportNames() {
 }
 
 bool MayStay(const std::string& name, int32_t result, int lost) {
-  static const std::vector<LiveBlockRow> rows = LiveBlockTable();
   if (lost == 0) return true;
+  static const std::vector<LiveBlockRow> rows = LiveBlockTable();
   for (const LiveBlockRow& row : rows) {
     if (row.name != name || row.result != result) continue;
     if (row.for_each ? lost % row.blocks == 0 : lost == row.blocks) return true;
