@@ -1,33 +1,14 @@
 // FindCell: the search for one cell. The rules stand in find_cell.h.
 #include "edit/find_cell.h"
 
-#include <array>
 #include <optional>
 
+#include "edit/rows_above.h"
 #include "workbook/biff_version.h"
 
 namespace tolvenar {
 
 namespace {
-
-constexpr struct {
-  uint8_t low;
-  CellShape shape;
-} kCellKinds[] = {
-    {kLowBoolErr, CellShape::kSingle},    {kLowFormula, CellShape::kSingle},
-    {kLowBlank, CellShape::kSingle},      {kLowRk, CellShape::kSingle},
-    {kLowLabel, CellShape::kSingle},      {kLowMulRk, CellShape::kMulRk},
-    {kLowMulBlank, CellShape::kMulBlank}, {kLowString, CellShape::kSingle},
-    {kLowRString, CellShape::kSingle},    {kLowNumber, CellShape::kSingle},
-};
-static_assert(std::size(kCellKinds) == 10);
-
-constexpr std::array<CellShape, 256> ShapesByLowByte() {
-  std::array<CellShape, 256> shapes{};
-  for (const auto& kind : kCellKinds) shapes[kind.low] = kind.shape;
-  return shapes;
-}
-constexpr std::array<CellShape, 256> kShapes = ShapesByLowByte();
 
 // A search under way: what is wanted, in the records' own 0-based numbers, and what has been met.
 struct Search {
@@ -38,18 +19,6 @@ struct Search {
   bool rowSeen = false;
   uint32_t last = 0;  // the ROW, then the cell, met last
 };
-
-// What a record on the way is to a search in the sheet itself, by its low byte.
-enum class Way : uint8_t { kSkip, kStop, kRow, kCell };
-
-constexpr std::array<Way, 256> WaysByLowByte() {
-  std::array<Way, 256> ways{};
-  for (const auto& kind : kCellKinds) ways[kind.low] = Way::kCell;
-  for (const uint8_t low : {kLowBof, kLowEof, kLowDimensions}) ways[low] = Way::kStop;
-  ways[kLowRow] = Way::kRow;
-  return ways;
-}
-constexpr std::array<Way, 256> kWays = WaysByLowByte();
 
 // What a record says about the search: the result that ends it, or nothing.
 using Verdict = std::optional<int32_t>;
@@ -112,34 +81,16 @@ Verdict ExamineRecord(Search* search, uint32_t at) {
   if (low == kLowRow) ExamineRow(search, at);
   // NUMBER counts in the sheet itself only; the other nine kinds count inside nested substreams too, on
   // purpose.
-  if (kShapes[low] == CellShape::kNoCell || (low == kLowNumber && search->depth != 1)) return std::nullopt;
-  return ExamineCell(search, at, kShapes[low]);
-}
-
-// Goes on over what ExamineRecord would pass by in any case: cells of rows above the wanted one, ROWs of others, and whatever is neither.
-void PassRowsAbove(Search* search, Walk* walk, uint32_t end) {
-  if (search->depth != 1) return;
-  const uint8_t* base = search->block.base;
-  const uint8_t* last_cell = nullptr;
-  PassOver(walk, UINT32_MAX, [&, wanted = search->row](const uint8_t* record) {
-    if (record == base + end) return false;
-    if ((record[kRecordTypeHigh] & kChartBit) != 0) return true;
-    const Way way = kWays[record[kRecordTypeLow]];
-    if (way == Way::kCell) {
-      if (ReadI16(record + kCellRow) >= wanted) return false;
-      last_cell = record;
-      return true;
-    }
-    return way == Way::kSkip || (way == Way::kRow && ReadI16(record + kRowNumber) != wanted);
-  });
-  if (last_cell != nullptr) search->last = static_cast<uint32_t>(last_cell - base);
+  if (kCellShapes[low] == CellShape::kNoCell || (low == kLowNumber && search->depth != 1))
+    return std::nullopt;
+  return ExamineCell(search, at, kCellShapes[low]);
 }
 
 }  // namespace
 
 CellShape ShapeOfCell(const Block& block, uint32_t at) {
   const bool plain = (U8At(block, at + kRecordTypeHigh) & kChartBit) == 0;
-  return plain ? kShapes[U8At(block, at)] : CellShape::kNoCell;
+  return plain ? kCellShapes[U8At(block, at)] : CellShape::kNoCell;
 }
 
 bool SheetForEdit(uint32_t buffer, uint32_t table, int16_t sheet, SheetExtent* extent) {
@@ -154,9 +105,12 @@ int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, in
   SheetExtent extent;
   if (!SheetForEdit(buffer, table, sheet, &extent)) return kCannotExist;
   Search search = {OpenBlock(buffer), static_cast<int16_t>(row - 1), static_cast<int16_t>(column - 1)};
+  RowsAbove above;
+  above.end = extent.end;
+  above.wanted = search.row;
   Walk walk = StartWalk(search.block, extent.begin);
   for (Step(&walk); search.depth >= 1 && walk.at != extent.end && !walk.ended; Step(&walk)) {
-    PassRowsAbove(&search, &walk, extent.end);
+    if (search.depth == 1) PassRowsAbove(&walk, &above, &search.last);
     if (walk.at == extent.end || walk.ended) break;
     if (const Verdict verdict = ExamineRecord(&search, walk.at)) return *verdict;
   }

@@ -16,13 +16,11 @@
 
 #include <cstdint>
 
+#include "edit/cell_kinds.h"
 #include "foundation/biff_records.h"
 #include "workbook/sheet_table.h"
 
 namespace tolvenar {
-
-// What a record is to the cell editors.
-enum class CellShape : uint8_t { kNoCell, kSingle, kMulRk, kMulBlank };
 
 // The shape of the record at `at`, by the plain test on the ten cell kinds.
 CellShape ShapeOfCell(const Block& block, uint32_t at);

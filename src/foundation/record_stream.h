@@ -180,10 +180,10 @@ inline Walk StartWalk(const Block& block, uint32_t from) {
 // it by the next load, so that a walk waits for every one of them. Most records are as long as the one before them, or follow each other in
 // a pattern that the processor learns. So the walk goes on with the last length, and compares the loaded one: a branch that is predicted and
 // waits for nothing. The compiler must not see that both ways lead to the same number.
-inline uint32_t ExpectLength(Walk* walk, uint32_t length) {
-  uint32_t expected = Unrelated(walk->lastLength);
-  if (length != walk->lastLength) expected = Unrelated(length);
-  walk->lastLength = expected;
+inline uint32_t ExpectLength(uint32_t* last_length, uint32_t length) {
+  uint32_t expected = Unrelated(*last_length);
+  if (length != *last_length) expected = Unrelated(length);
+  *last_length = expected;
   return expected;
 }
 
@@ -191,7 +191,7 @@ inline uint32_t ExpectLength(Walk* walk, uint32_t length) {
 inline uint32_t NextInWalk(Walk* walk) {
   const uint8_t* p = At(walk->block, walk->at, kHeaderSize);
   if (p == nullptr || p[kRecordTypeHigh] == kPrivateHigh) return NextRecord(walk->block, walk->at);
-  return walk->at + kHeaderSize + ExpectLength(walk, ReadU16(p + kRecordLength));
+  return walk->at + kHeaderSize + ExpectLength(&walk->lastLength, ReadU16(p + kRecordLength));
 }
 
 // A step has been made: has it led into a ring, is the lap over?
@@ -213,6 +213,16 @@ inline void Step(Walk* walk) {
   CountStep(walk);
 }
 
+// Goes over `records` records of together `bytes` bytes, which the caller knows to follow each other and to be no jumps, as so many steps
+// would. False, with nothing done, when one of these steps would have had more to do than to go on.
+inline bool GoOver(Walk* walk, uint32_t bytes, uint32_t records) {
+  const bool comes_by_mark = walk->marked > walk->at && walk->marked - walk->at <= bytes;
+  if (walk->ended || walk->lapLeft <= records || comes_by_mark) return false;
+  walk->at += bytes;
+  walk->lapLeft -= records;
+  return true;
+}
+
 // Bytes of a record that PassOver has in the block before it asks about it: the header, and the row and column of a cell.
 constexpr uint32_t kPassOverSees = kHeaderSize + 4;
 
@@ -226,14 +236,29 @@ inline void PassOver(Walk* walk, uint32_t bound, Skips skips) {
   if (walk->ended || block.extent < kPassOverSees) return;
   const uint32_t behind_last = block.extent - kPassOverSees + 1;
   const uint32_t end = bound < behind_last ? bound : behind_last;
-  Walk ahead = *walk;  // one whose address nobody has, so that it stays in registers
-  while (ahead.at < end && ahead.lapLeft != 0 && !ahead.ended) {
-    const uint8_t* record = block.base + ahead.at;
+  // What changes with each record, in registers.
+  uint32_t at = walk->at;
+  uint32_t lap_left = walk->lapLeft;
+  uint32_t last_length = walk->lastLength;
+  uint32_t marked = walk->marked;
+  while (at < end && lap_left != 0) {
+    const uint8_t* record = block.base + at;
     if (record[kRecordTypeHigh] == kPrivateHigh || !skips(record)) break;
-    ahead.at += kHeaderSize + ExpectLength(&ahead, ReadU16(record + kRecordLength));
-    CountStep(&ahead);
+    at += kHeaderSize + ExpectLength(&last_length, ReadU16(record + kRecordLength));
+    if (at == marked || lap_left == 1) {
+      walk->at = at;
+      walk->lapLeft = lap_left;
+      CountStep(walk);
+      if (walk->ended) return;
+      lap_left = walk->lapLeft;
+      marked = walk->marked;
+    } else {
+      --lap_left;
+    }
   }
-  *walk = ahead;
+  walk->at = at;
+  walk->lapLeft = lap_left;
+  walk->lastLength = last_length;
 }
 
 // 1 when the record after the one at `at`, past any DETOUR and RESUME, has the low byte 0xDB and the chart bit set; else 0. A SLACK in

@@ -33,20 +33,44 @@ Parts PartsOf(double value) {
           static_cast<int>(bits >> kStoredBits & kExponentMask) - kExponentBias, bits >> 63 != 0};
 }
 
-char* WriteDigits(char* text, uint64_t whole) {
-  constexpr int kMostDigits = 20;
-  return std::to_chars(text, text + kMostDigits, whole).ptr;
+// The digits of 0 to 99, two of each.
+struct PairTable {
+  char digits[200];
+};
+constexpr PairTable MakePairs() {
+  PairTable table{};
+  for (int i = 0; i < 100; ++i) {
+    table.digits[2 * i] = static_cast<char>('0' + i / 10);
+    table.digits[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return table;
+}
+constexpr PairTable kPairs = MakePairs();
+
+char* WritePair(char* text, uint32_t pair) {
+  std::memcpy(text, kPairs.digits + 2 * pair, 2);
+  return text + 2;
 }
 
-// The point and six decimals of `millionths`, which are below a million: three pairs of digits.
+// What is below ten thousand, as most numbers are, in two pairs of which the leading zeros go.
+char* WriteDigits(char* text, uint64_t whole) {
+  constexpr int kMostDigits = 20;
+  constexpr uint32_t kShort = 10000;
+  if (whole >= kShort) return std::to_chars(text, text + kMostDigits, whole).ptr;
+  const uint32_t number = static_cast<uint32_t>(whole);
+  char digits[4];
+  WritePair(WritePair(digits, number / 100), number % 100);
+  const uint32_t zeros = (number < 1000 ? 1u : 0u) + (number < 100 ? 1u : 0u) + (number < 10 ? 1u : 0u);
+  for (uint32_t i = zeros; i < sizeof digits; ++i) *text++ = digits[i];
+  return text;
+}
+
+// The point and six decimals of `millionths`, which are below a million.
 char* WriteDecimals(char* text, uint32_t millionths) {
   *text++ = '.';
-  for (uint32_t unit = kMillion / 100; unit != 0; unit /= 100) {
-    const uint32_t pair = millionths / unit % 100;
-    *text++ = static_cast<char>('0' + pair / 10);
-    *text++ = static_cast<char>('0' + pair % 10);
-  }
-  return text;
+  text = WritePair(text, millionths / 10000);
+  text = WritePair(text, millionths / 100 % 100);
+  return WritePair(text, millionths % 100);
 }
 
 char* WriteInteger(char* text, uint64_t whole, bool negative) {

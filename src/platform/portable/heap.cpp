@@ -6,9 +6,13 @@
 
 #include <cstddef>
 
+#include "platform/portable/large_pages.h"
+
 namespace tolvenar::platform {
 
 namespace {
+
+constexpr uint32_t kLargeSlot = 16u << 20;  // a workbook is read and copied whole
 
 size_t PageSize() {
   return static_cast<size_t>(sysconf(_SC_PAGESIZE));
@@ -64,6 +68,7 @@ uint8_t* TakeSlot(uint32_t capacity) {
   if (start == nullptr) return nullptr;
   uint8_t* guard = static_cast<uint8_t*>(start) + pages;
   mprotect(guard, PageSize(), PROT_NONE);
+  if (capacity >= kLargeSlot) AskForLargePages(start, pages);
   return guard - kSlotSpare - capacity;
 }
 

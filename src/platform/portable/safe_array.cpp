@@ -6,6 +6,7 @@
 #include <new>
 
 #include "platform/portable/duplicate.h"
+#include "platform/portable/large_pages.h"
 
 using tolvenar::platform::AsBstr;
 using tolvenar::platform::AsVariant;
@@ -61,20 +62,34 @@ bool CountElements(SAFEARRAY* array) {
 
 // Zeroed by the system itself, so that the pages of a huge array cost nothing before they are used.
 bool TakeData(SAFEARRAY* array) {
+  constexpr size_t kManyBytes = 4u << 20;
   const size_t count = array->count == 0 ? 1 : array->count;
   array->data = static_cast<uint8_t*>(std::calloc(count, array->element_size));
-  return array->data != nullptr;
+  if (array->data == nullptr) return false;
+  const size_t size = count * array->element_size;
+  if (size >= kManyBytes) tolvenar::platform::AskForLargePages(array->data, size);
+  return true;
+}
+
+// Calls release(i) for each element. Dimension 1 varies fastest in memory; here it varies slowest: a table is filled row by row, and the
+// C library takes texts back fastest in the order in which it gave them.
+template <typename ReleaseOne>
+void ForEachByRow(const SAFEARRAY& array, ReleaseOne release) {
+  const size_t rows = array.count == 0 ? 0 : array.bounds[0].cElements;
+  for (size_t row = 0; row < rows; ++row) {
+    for (size_t i = row; i < array.count; i += rows) release(i);
+  }
 }
 
 void ReleaseElements(SAFEARRAY* array) {
   if (array->type == VT_BSTR) {
-    BSTR* elements = AsBstr(array->data);
-    for (size_t i = 0; i < array->count; ++i) SysFreeString(elements[i]);
+    const BSTR* elements = AsBstr(array->data);
+    ForEachByRow(*array, [elements](size_t i) { SysFreeString(elements[i]); });
   } else if (array->type == VT_VARIANT) {
     VARIANT* elements = AsVariant(array->data);
-    for (size_t i = 0; i < array->count; ++i) {
+    ForEachByRow(*array, [elements](size_t i) {
       if (elements[i].vt != VT_EMPTY) VariantClear(&elements[i]);
-    }
+    });
   }
 }
 
