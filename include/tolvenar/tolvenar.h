@@ -29,6 +29,12 @@
 
 #include "tolvenar/automation.h"
 
+/* The version that a host is compiled against. Everything else that states a version reads it here. The major number is also that of
+ * the shared library's name: it changes when a host has to be compiled anew. */
+#define TOLVENAR_VERSION_MAJOR 1
+#define TOLVENAR_VERSION_MINOR 0
+#define TOLVENAR_VERSION_PATCH 0
+
 #if defined(_WIN32)
 #define TOLVENAR_CALL  __stdcall
 #define TOLVENAR_CDECL __cdecl

@@ -215,6 +215,38 @@ TEST_F(RowsAboveTest, DamagedRows_AreSearchedAsRecordByRecord) {
   }
 }
 
+// Rows laid out alike in which single records say that they belong to another row.
+TEST_F(RowsAboveTest, RecordsOfOtherRowsInBetween_AreSearchedAsRecordByRecord) {
+  for (uint32_t layout = 1; layout < 8; ++layout) {
+    OpenWide(AlikeRows(60, 8, layout, 12));
+    const Block block = OpenBlock(buffer_);
+    std::vector<uint32_t> records;
+    for (Walk walk = StartWalk(block, ExtentOfSheet(OpenBlock(table_), 1).begin); walk.at < size_;
+         Step(&walk))
+      records.push_back(walk.at);
+    for (int i = 0; i < 30; ++i) {
+      const uint32_t at = records[2 + Random(static_cast<uint32_t>(records.size()) - 4)];
+      if (LengthAt(block, at) >= 4) PutU16(block, at + kCellRow, static_cast<uint16_t>(Random(70)));
+      ExpectTheSameAllOver(60);
+    }
+    CloseBook();
+  }
+}
+
+TEST_F(RowsAboveTest, RowsAlikeUpToTheEndOfTheSlot_AreNotReadBeyondIt) {
+  StreamBuilder book = Sheet(6).Row(2000);
+  for (int i = 0; i < 40; ++i) book.Number(3, 0, 15, 1).Rk(3, 1, 15, 4).Number(3, 2, 15, 2);
+  OpenWide(book);
+  const Block block = OpenBlock(buffer_);
+  const Bytes row = StreamBuilder().Number(4, 0, 15, 1).Rk(4, 1, 15, 4).Number(4, 2, 15, 2).Stream();
+  for (uint32_t at =
+           static_cast<uint32_t>(opened_.size() - testing::kWindow2.size()) - kEofSize - kBufEndSize;
+       at < block.extent; at += static_cast<uint32_t>(row.size()))
+    CopyIn(block, at, row.data(), static_cast<uint32_t>(row.size()));
+  PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, 1);
+  ExpectTheSameFor(2001, 1);
+}
+
 TEST_F(RowsAboveTest, SheetThatEndsInARowAlike_IsSearchedToItsEnd) {
   StreamBuilder book = Sheet(6);
   for (uint16_t row = 0; row < 20; ++row) book.Row(row);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <random>
 
 #include "foundation/memory_pool.h"
 #include "support/pool_fixture.h"
@@ -351,6 +352,74 @@ TEST_F(CompactionTest, BufferWithoutBufEndThatWasPatched_EachRecordIsCopiedOnce)
   expected.Eof().Bof(6, kWorksheet).Bof(6, kChart).Eof().Eof().Record(0x0000);
   EXPECT_EQ(Hex(Copied()), Hex(expected.Stream() + kRoomForBufEnd));
   EXPECT_EQ(TableEntries(table, 5), (Entries{2, 0, 60, 148, 192}));
+}
+
+// What is kept, record by record.
+Bytes KeptByStepping(const Block& block, uint32_t limit) {
+  Bytes kept;
+  for (Walk walk = StartWalk(block, 0); walk.at < limit && !walk.ended; Step(&walk)) {
+    const bool patch = IsJump(block, walk.at) || IsPrivate(block, walk.at, kLowSlack);
+    if (IsPrivate(block, walk.at, kLowBufEnd)) break;
+    const uint8_t* record = block.base + walk.at;
+    if (!patch) kept.insert(kept.end(), record, record + kHeaderSize + LengthAt(block, walk.at));
+  }
+  return kept;
+}
+
+// A sheet so long that its records are looked at many at once: runs of one kind, and now and then another record.
+class LongSheetTest : public CompactionTest {
+ protected:
+  uint32_t Random(uint32_t below) { return static_cast<uint32_t>(source_()) % below; }
+
+  void AddRun(StreamBuilder* book, uint32_t count) {
+    const uint16_t length = static_cast<uint16_t>(Random(4) * 6);
+    const uint16_t type =
+        static_cast<uint16_t>(Random(2) == 0 ? 0x0203 : 0xFE03);  // a private type that is none of the four
+    for (uint32_t i = 0; i < count; ++i) book->Record(type, Bytes(length, static_cast<uint8_t>(i)));
+  }
+
+  void AddOther(StreamBuilder* book) {
+    switch (Random(5)) {
+      case 0:
+        book->Slack(static_cast<uint16_t>(Random(30)));
+        return;
+      case 1:
+        book->Detour(book->Here() + 16).Record(0x0203, Bytes(4));  // over a record
+        return;
+      case 2:
+        book->Bof(6, kChart).Record(0x1002).Eof();
+        return;
+      case 3:
+        book->Record(0x0204, Bytes(9));
+        return;
+      default:
+        book->Record(0x0203, Bytes(Random(40)));
+    }
+  }
+
+  StreamBuilder LongSheet() {
+    StreamBuilder book;
+    book.Bof(6).Sheet("One").Eof().Bof(6, kWorksheet);
+    while (book.Here() < 130000) {
+      AddRun(&book, 1 + Random(Random(3) == 0 ? 3000 : 20));
+      AddOther(&book);
+    }
+    return book;
+  }
+
+  std::mt19937 source_{11};
+};
+
+TEST_F(LongSheetTest, ComesOutAsRecordByRecord) {
+  for (int i = 0; i < 60; ++i) {
+    const StreamBuilder book = LongSheet().Eof().BufEnd();
+    buffer = book.Load(&size);
+    ASSERT_EQ(XLLocateSheets(buffer, &table, size), 0);
+    const Bytes kept = KeptByStepping(OpenBlock(buffer), size - 1);
+    ASSERT_EQ(Run(), 0);
+    ASSERT_TRUE(Copied() == kept + kRoomForBufEnd) << "sheet " << i;
+    MEMORYFREEALL();
+  }
 }
 
 TEST_F(CompactionTest, StaleTable_IsSafe) {

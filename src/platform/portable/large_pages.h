@@ -8,20 +8,28 @@
 
 namespace tolvenar::platform {
 
-constexpr size_t kSmallPage =
-    4096;  // or a multiple of it: a hint for a part of a page is refused and changes nothing
-
-// Asks the system, where it knows such a thing, for large pages behind the `size` bytes at `start`, of which nothing has been touched yet. A
-// hint: no memory is used up before it is touched, and nothing depends on the answer.
+// Asks the system, where it knows such a thing, for large pages behind the `size` bytes at `start`, which begin a page and have not been
+// touched. A hint: no memory is used up before it is touched, and nothing depends on the answer.
 inline void AskForLargePages(void* start, size_t size) {
 #if defined(MADV_HUGEPAGE)
-  const uintptr_t begin = (reinterpret_cast<uintptr_t>(start) + kSmallPage - 1) / kSmallPage * kSmallPage;
-  const uintptr_t end = (reinterpret_cast<uintptr_t>(start) + size) / kSmallPage * kSmallPage;
-  if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+  madvise(start, size, MADV_HUGEPAGE);
 #else
   static_cast<void>(start);
   static_cast<void>(size);
 #endif
+}
+
+// Zeroed pages for `size` bytes, large ones if possible; null when they can't be had.
+inline uint8_t* TakePages(size_t size) {
+  void* start = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (start == MAP_FAILED) return nullptr;
+  AskForLargePages(start, size);
+  return static_cast<uint8_t*>(start);
+}
+
+// Gives back what TakePages has given for `size` bytes; null is passed over.
+inline void GivePages(uint8_t* start, size_t size) {
+  if (start != nullptr) munmap(start, size);
 }
 
 }  // namespace tolvenar::platform

@@ -60,15 +60,31 @@ bool CountElements(SAFEARRAY* array) {
   return true;
 }
 
-// Zeroed by the system itself, so that the pages of a huge array cost nothing before they are used.
+constexpr size_t kPagesOfItsOwn = 4u << 20;
+
+size_t DataSize(const SAFEARRAY& array) {
+  return (array.count == 0 ? 1 : array.count) * array.element_size;
+}
+
+// Zeroed by the system itself, so that the pages of a huge array cost nothing before they are used. A large one has pages of its own: the C
+// library then has no reason to return, with them, those of the texts, which the next array will want again.
 bool TakeData(SAFEARRAY* array) {
-  constexpr size_t kManyBytes = 4u << 20;
-  const size_t count = array->count == 0 ? 1 : array->count;
-  array->data = static_cast<uint8_t*>(std::calloc(count, array->element_size));
-  if (array->data == nullptr) return false;
-  const size_t size = count * array->element_size;
-  if (size >= kManyBytes) tolvenar::platform::AskForLargePages(array->data, size);
-  return true;
+  const size_t size = DataSize(*array);
+  if (size < kPagesOfItsOwn) {
+    array->data = static_cast<uint8_t*>(std::calloc(1, size));
+  } else {
+    array->data = tolvenar::platform::TakePages(size);
+  }
+  return array->data != nullptr;
+}
+
+void GiveData(SAFEARRAY* array) {
+  const size_t size = DataSize(*array);
+  if (size < kPagesOfItsOwn) {
+    std::free(array->data);
+  } else {
+    tolvenar::platform::GivePages(array->data, size);
+  }
 }
 
 // Calls release(i) for each element. Dimension 1 varies fastest in memory; here it varies slowest: a table is filled row by row, and the
@@ -95,7 +111,7 @@ void ReleaseElements(SAFEARRAY* array) {
 
 void Release(SAFEARRAY* array) {
   ReleaseElements(array);
-  std::free(array->data);
+  GiveData(array);
   delete array;
 }
 
