@@ -11,8 +11,8 @@
 //        6     2  column, or anything else       48 - 63  row: added when a row is compared
 //
 // Invariants: (1) A record that is passed because it is as expected has the type, the length and the row that the slow way has judged or would
-// judge: nothing is taken for granted. (2) The records of a layout follow each other without a gap, and none of them is private, a ROW or of
-// the chart kind.
+// judge: nothing is taken for granted. (2) The records of a layout follow each other without a gap, and none of them is private or of the chart
+// kind, or the wanted row's ROW.
 #include "edit/rows_above.h"
 
 #include <algorithm>
@@ -25,7 +25,6 @@ namespace tolvenar {
 namespace {
 
 using Place = RowsAbove::Place;
-using Expected = RowLayout::Expected;
 
 // What a record on the way is to a search in the sheet itself, by its low byte.
 enum class Way : uint8_t { kSkip, kStop, kRow, kCell };
@@ -55,7 +54,7 @@ uint64_t RowInKey(int32_t row) {
   return uint64_t{static_cast<uint16_t>(row)} << kRowShift;
 }
 
-// Makes the record the layout's next one, and the layout's last one so far. A row that did not come by in one piece has no layout.
+// Makes the record the layout's next one, and the last one so far; not so in a row that did not come by in one piece, which has no layout.
 void Learn(RowsAbove* passing, const uint8_t* record, bool is_cell) {
   if (passing->learned >= RowLayout::kMostRecords) return;
   RowLayout& layout = passing->layout;
