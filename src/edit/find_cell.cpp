@@ -68,15 +68,15 @@ int32_t BelongsBefore(uint32_t at) {
 // first values are stored 0-based, the last ones one past the end: as 1-based bounds the first need 1 more
 // and the last are right as they stand.
 bool OutsideDimensions(const Search& search, uint32_t at) {
-  if (BiffVersion != kBiff5 && BiffVersion != kBiff8) return false;
+  const DimensionsFields* fields = FieldsOfDimensions();
+  if (fields == nullptr) return false;
   const Block& block = search.block;
-  const DimensionsFields& fields = BiffVersion == kBiff5 ? kDimensionsBiff5 : kDimensionsBiff8;
-  const int16_t first_row = static_cast<int16_t>(U16At(block, at + fields.firstRow) + 1);
-  const int16_t first_column = static_cast<int16_t>(U16At(block, at + fields.firstColumn) + 1);
+  const int16_t first_row = static_cast<int16_t>(U16At(block, at + fields->firstRow) + 1);
+  const int16_t first_column = static_cast<int16_t>(U16At(block, at + fields->firstColumn) + 1);
   const int16_t row = static_cast<int16_t>(search.row + 1);
   const int16_t column = static_cast<int16_t>(search.column + 1);
-  return row < first_row || row > I16At(block, at + fields.pastRow) || column < first_column ||
-         column > I16At(block, at + fields.pastColumn);
+  return row < first_row || row > I16At(block, at + fields->pastRow) || column < first_column ||
+         column > I16At(block, at + fields->pastColumn);
 }
 
 // In the wanted row: is the cell at `at` the wanted one, or beyond it?
@@ -116,7 +116,8 @@ Verdict ExamineRecord(Search* search, uint32_t at) {
   return ExamineCell(search, at, kShapes[low]);
 }
 
-// Goes on over what ExamineRecord would pass by in any case: cells of rows above the wanted one, ROWs of others, and whatever is neither.
+// Goes on over what ExamineRecord would pass by in any case: cells of rows above the wanted one, ROWs of others,
+// and whatever is neither.
 void PassRowsAbove(Search* search, Walk* walk, uint32_t end) {
   if (search->depth != 1) return;
   const uint8_t* base = search->block.base;
@@ -163,16 +164,12 @@ int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, in
   return search.rowSeen ? BelongsBefore(NextRecord(search.block, search.last)) : kCannotExist;
 }
 
-uint32_t CellXfOffset(const Block& block, uint32_t at, int16_t column) {
+uint16_t GetCellXF(const Block& block, uint32_t at, int16_t column) {
   const CellShape shape = ShapeOfCell(block, at);
-  if (shape != CellShape::kMulRk && shape != CellShape::kMulBlank) return at + kCellXf;
+  if (shape != CellShape::kMulRk && shape != CellShape::kMulBlank) return U16At(block, at + kCellXf);
   const int32_t cell = column - 1 - I16At(block, at + kCellColumn);
   const uint32_t cell_size = shape == CellShape::kMulRk ? kMulRkCell : kMulBlankCell;
-  return at + kCellXf + static_cast<uint32_t>(cell) * cell_size;
-}
-
-uint16_t GetCellXF(const Block& block, uint32_t at, int16_t column) {
-  return U16At(block, CellXfOffset(block, at, column));
+  return U16At(block, at + kCellXf + static_cast<uint32_t>(cell) * cell_size);
 }
 
 }  // namespace tolvenar

@@ -27,9 +27,12 @@ enum class CellShape : uint8_t { kNoCell, kSingle, kMulRk, kMulBlank };
 // The shape of the record at `at`, by the plain test on the ten cell kinds.
 CellShape ShapeOfCell(const Block& block, uint32_t at);
 
-// Last column of the run at `at`, 0-based.
+// Where the last column of the run at `at` stands, and what stands there, 0-based.
+inline uint32_t LastColumnOffset(const Block& block, uint32_t at) {
+  return at + LengthAt(block, at) + kRunLastColumnFromEnd;
+}
 inline int16_t LastColumnOfRun(const Block& block, uint32_t at) {
-  return I16At(block, at + LengthAt(block, at) + kRunLastColumnFromEnd);
+  return I16At(block, LastColumnOffset(block, at));
 }
 
 // The checks that every search of a sheet begins with. True, with the extent in *extent, when the table is
@@ -48,8 +51,5 @@ int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, in
 // XF index of the cell at `column` (caller's, 1-based) in the record at `at`: of a run, that of the run's
 // cell in this column. A column outside the run reads what stands at its place, zero behind the block.
 uint16_t GetCellXF(const Block& block, uint32_t at, int16_t column);
-
-// Offset of that XF index in the record at `at`, from the start of the buffer.
-uint32_t CellXfOffset(const Block& block, uint32_t at, int16_t column);
 
 }  // namespace tolvenar

@@ -33,8 +33,8 @@ struct EditWalk {
   uint64_t stepsLeft = 0;  // of all rounds
 };
 
-// At failed splits a walk starts anew. All its rounds together make at most so many steps, and so many more for each record that the buffer
-// has room for: an edit takes no longer than a constant times the buffer's size.
+// At failed splits a walk starts anew. All its rounds together make at most so many steps, and so many more for
+// each record that the buffer has room for: an edit takes no longer than a constant times the buffer's size.
 constexpr uint64_t kSomeSteps = 1000000;
 constexpr uint64_t kMaxRounds = 64;
 
@@ -62,17 +62,9 @@ inline void NextInSheet(EditWalk* edit) {
 // Goes on behind a split run: `place` is what the splitter gave. The caller's NextInSheet then steps off it.
 void GoOnBehindSplit(EditWalk* edit, uint32_t buffer, int32_t place);
 
-// Fields of DIMENSIONS in the generation that BiffVersion names; null when it is neither.
-const DimensionsFields* FieldsOfDimensions();
-
 // A caller's row or column as records hold it, in 16 bits.
 inline int16_t ZeroBased(int16_t position) {
   return static_cast<int16_t>(position - 1);
-}
-
-// Where the last column of the run at `at` stands.
-inline uint32_t LastColumnOffset(const Block& block, uint32_t at) {
-  return at + LengthAt(block, at) + kRunLastColumnFromEnd;
 }
 
 // Adds `step` to the u16 at `at`, in 16 bits.
