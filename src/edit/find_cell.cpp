@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "query/extent_walk.h"
 #include "workbook/biff_version.h"
 
 namespace tolvenar {
@@ -156,9 +157,9 @@ int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, in
   if (!SheetForEdit(buffer, table, sheet, &extent)) return kCannotExist;
   Search search = {OpenBlock(buffer), static_cast<int16_t>(row - 1), static_cast<int16_t>(column - 1)};
   Walk walk = StartWalk(search.block, extent.begin);
-  for (Step(&walk); search.depth >= 1 && walk.at != extent.end && !walk.ended; Step(&walk)) {
+  for (Step(&walk); search.depth >= 1 && InExtent(walk, extent.end); Step(&walk)) {
     PassRowsAbove(&search, &walk, extent.end);
-    if (walk.at == extent.end || walk.ended) break;
+    if (!InExtent(walk, extent.end)) break;
     if (const Verdict verdict = ExamineRecord(&search, walk.at)) return *verdict;
   }
   return search.rowSeen ? BelongsBefore(NextRecord(search.block, search.last)) : kCannotExist;

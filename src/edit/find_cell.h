@@ -44,8 +44,8 @@ bool SheetForEdit(uint32_t buffer, uint32_t table, int16_t sheet, SheetExtent* e
 // such cell; minus the offset of the record before which it belongs. 0: it can't exist: no table, sheet or
 // buffer, outside DIMENSIONS, or no ROW record for its row in front of that row's cells. Cells in a nested
 // substream count, on purpose, but for NUMBER, which counts only in the sheet itself. A walk that goes round
-// in a circle ends as at the sheet's end. When BiffVersion is neither generation there is no layout to read a
-// DIMENSIONS by, and it bounds nothing.
+// in a circle, or comes to a BUFEND, ends as at the sheet's end. When BiffVersion is neither generation there is
+// no layout to read a DIMENSIONS by, and it bounds nothing.
 int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, int16_t column);
 
 // XF index of the cell at `column` (caller's, 1-based) in the record at `at`: of a run, that of the run's
