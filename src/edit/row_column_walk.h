@@ -2,7 +2,8 @@
 //
 // The walk begins on the sheet's BOF with depth 0; a BOF adds 1, an EOF takes 1 off, and a record is handled
 // only at depth exactly 1, so that nested substreams are left alone. It ends at the sheet's EOF, by exact
-// equality of offsets, and at the BUFEND of a stream that its table doesn't fit.
+// equality of offsets, or behind it when the EOF has been displaced, and at the BUFEND of a stream that its table
+// doesn't fit.
 //
 // A run of cells that is split on the way makes the walk go on from the offset that the splitter gives, and
 // then step off that offset:
@@ -56,7 +57,11 @@ inline bool InSheet(const EditWalk& edit) {
 bool IsSheetRecord(EditWalk* edit);
 
 inline void NextInSheet(EditWalk* edit) {
-  if (InSheet(*edit)) Step(&edit->walk);
+  if (!InSheet(*edit)) return;
+  Step(&edit->walk);
+  // The EOF may have gone into a patch area along with a short SLACK in front of it: the way back then leads
+  // behind its place, and that is the next sheet.
+  if (edit->walk.at == edit->end + kEofSize) edit->walk.ended = true;
 }
 
 // Goes on behind a split run: `place` is what the splitter gave. The caller's NextInSheet then steps off it.
