@@ -7,7 +7,9 @@
 //
 // Invariants: (1) Only cell records change. ROW, DIMENSIONS, INDEX and DBCELL are not updated, no text enters
 // the shared strings, and a STRING, SHRFMLA or ARRAY behind a replaced FORMULA stays. (2) No edit is rolled
-// back: the result says how far it got.
+// back: the result says how far it got. (3) The SheetTable stays good where a sheet has records behind its cells,
+// WINDOW2 at least, as worksheets do. A cell that is put in front of a bare EOF displaces that EOF, which is
+// shorter than a DETOUR, and with it the BOF of the next sheet.
 #pragma once
 
 #include <cstdint>

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "edit/find_cell.h"
+#include "query/extent_walk.h"
 
 namespace tolvenar {
 
@@ -38,7 +39,7 @@ uint32_t ChangeFormat(uint32_t buffer, uint32_t table, int16_t sheet, const int1
   const Matrix formats = {matrix, stride};
   Walk walk = StartWalk(OpenBlock(buffer), extent.begin);
   int32_t depth = 1;
-  for (Step(&walk); depth >= 1 && walk.at != extent.end && !walk.ended; Step(&walk)) {
+  for (Step(&walk); depth >= 1 && InExtent(walk, extent.end); Step(&walk)) {
     if (IsPlain(walk.block, walk.at, kLowBof)) ++depth;
     if (IsPlain(walk.block, walk.at, kLowEof)) --depth;
     if (depth == 1 && ShapeOfCell(walk.block, walk.at) != CellShape::kNoCell)

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "edit/rows_above.h"
+#include "query/extent_walk.h"
 #include "workbook/biff_version.h"
 
 namespace tolvenar {
@@ -37,15 +38,15 @@ int32_t BelongsBefore(uint32_t at) {
 // first values are stored 0-based, the last ones one past the end: as 1-based bounds the first need 1 more
 // and the last are right as they stand.
 bool OutsideDimensions(const Search& search, uint32_t at) {
-  if (BiffVersion != kBiff5 && BiffVersion != kBiff8) return false;
+  const DimensionsFields* fields = FieldsOfDimensions();
+  if (fields == nullptr) return false;
   const Block& block = search.block;
-  const DimensionsFields& fields = BiffVersion == kBiff5 ? kDimensionsBiff5 : kDimensionsBiff8;
-  const int16_t first_row = static_cast<int16_t>(U16At(block, at + fields.firstRow) + 1);
-  const int16_t first_column = static_cast<int16_t>(U16At(block, at + fields.firstColumn) + 1);
+  const int16_t first_row = static_cast<int16_t>(U16At(block, at + fields->firstRow) + 1);
+  const int16_t first_column = static_cast<int16_t>(U16At(block, at + fields->firstColumn) + 1);
   const int16_t row = static_cast<int16_t>(search.row + 1);
   const int16_t column = static_cast<int16_t>(search.column + 1);
-  return row < first_row || row > I16At(block, at + fields.pastRow) || column < first_column ||
-         column > I16At(block, at + fields.pastColumn);
+  return row < first_row || row > I16At(block, at + fields->pastRow) || column < first_column ||
+         column > I16At(block, at + fields->pastColumn);
 }
 
 // In the wanted row: is the cell at `at` the wanted one, or beyond it?
@@ -109,24 +110,20 @@ int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, in
   above.end = extent.end;
   above.wanted = search.row;
   Walk walk = StartWalk(search.block, extent.begin);
-  for (Step(&walk); search.depth >= 1 && walk.at != extent.end && !walk.ended; Step(&walk)) {
+  for (Step(&walk); search.depth >= 1 && InExtent(walk, extent.end); Step(&walk)) {
     if (search.depth == 1) PassRowsAbove(&walk, &above, &search.last);
-    if (walk.at == extent.end || walk.ended) break;
+    if (!InExtent(walk, extent.end)) break;
     if (const Verdict verdict = ExamineRecord(&search, walk.at)) return *verdict;
   }
   return search.rowSeen ? BelongsBefore(NextRecord(search.block, search.last)) : kCannotExist;
 }
 
-uint32_t CellXfOffset(const Block& block, uint32_t at, int16_t column) {
+uint16_t GetCellXF(const Block& block, uint32_t at, int16_t column) {
   const CellShape shape = ShapeOfCell(block, at);
-  if (shape != CellShape::kMulRk && shape != CellShape::kMulBlank) return at + kCellXf;
+  if (shape != CellShape::kMulRk && shape != CellShape::kMulBlank) return U16At(block, at + kCellXf);
   const int32_t cell = column - 1 - I16At(block, at + kCellColumn);
   const uint32_t cell_size = shape == CellShape::kMulRk ? kMulRkCell : kMulBlankCell;
-  return at + kCellXf + static_cast<uint32_t>(cell) * cell_size;
-}
-
-uint16_t GetCellXF(const Block& block, uint32_t at, int16_t column) {
-  return U16At(block, CellXfOffset(block, at, column));
+  return U16At(block, at + kCellXf + static_cast<uint32_t>(cell) * cell_size);
 }
 
 }  // namespace tolvenar

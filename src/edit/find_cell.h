@@ -25,9 +25,12 @@ namespace tolvenar {
 // The shape of the record at `at`, by the plain test on the ten cell kinds.
 CellShape ShapeOfCell(const Block& block, uint32_t at);
 
-// Last column of the run at `at`, 0-based.
+// Where the last column of the run at `at` stands, and what stands there, 0-based.
+inline uint32_t LastColumnOffset(const Block& block, uint32_t at) {
+  return at + LengthAt(block, at) + kRunLastColumnFromEnd;
+}
 inline int16_t LastColumnOfRun(const Block& block, uint32_t at) {
-  return I16At(block, at + LengthAt(block, at) + kRunLastColumnFromEnd);
+  return I16At(block, LastColumnOffset(block, at));
 }
 
 // The checks that every search of a sheet begins with. True, with the extent in *extent, when the table is
@@ -39,15 +42,12 @@ bool SheetForEdit(uint32_t buffer, uint32_t table, int16_t sheet, SheetExtent* e
 // such cell; minus the offset of the record before which it belongs. 0: it can't exist: no table, sheet or
 // buffer, outside DIMENSIONS, or no ROW record for its row in front of that row's cells. Cells in a nested
 // substream count, on purpose, but for NUMBER, which counts only in the sheet itself. A walk that goes round
-// in a circle ends as at the sheet's end. When BiffVersion is neither generation there is no layout to read a
-// DIMENSIONS by, and it bounds nothing.
+// in a circle, or comes to a BUFEND, ends as at the sheet's end. When BiffVersion is neither generation there is
+// no layout to read a DIMENSIONS by, and it bounds nothing.
 int32_t FindCell(uint32_t buffer, uint32_t table, int16_t sheet, int16_t row, int16_t column);
 
 // XF index of the cell at `column` (caller's, 1-based) in the record at `at`: of a run, that of the run's
 // cell in this column. A column outside the run reads what stands at its place, zero behind the block.
 uint16_t GetCellXF(const Block& block, uint32_t at, int16_t column);
-
-// Offset of that XF index in the record at `at`, from the start of the buffer.
-uint32_t CellXfOffset(const Block& block, uint32_t at, int16_t column);
 
 }  // namespace tolvenar

@@ -3,6 +3,7 @@
 #include "edit/row_column_checks.h"
 #include "edit/row_column_edit.h"
 #include "edit/row_column_walk.h"
+#include "workbook/biff_version.h"
 
 namespace tolvenar {
 

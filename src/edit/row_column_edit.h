@@ -12,7 +12,9 @@
 // although it has no position: the first two words of its payload move like a row and a column.
 //
 // Invariants: (1) Only records at nesting depth 1 are handled. (2) Rows and columns compare as signed 16-bit
-// values. (3) Nothing is rolled back. (4) The SheetTable stays good: no record behind a patch moves.
+// values. (3) Nothing is rolled back. (4) The SheetTable stays good: no record behind a patch moves. (That takes
+// a record behind the cells and ROWs of the sheet, WINDOW2 at least, as worksheets have: in front of a bare EOF,
+// which is shorter than a DETOUR, a patch displaces the BOF of the next sheet as well.)
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include "edit/row_column_edit.h"
 #include "edit/row_column_walk.h"
 #include "edit/run_splitters.h"
+#include "workbook/biff_version.h"
 
 namespace tolvenar {
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "edit/find_cell.h"
-#include "workbook/biff_version.h"
 
 namespace tolvenar {
 
@@ -44,12 +43,6 @@ void GoOnBehindSplit(EditWalk* edit, uint32_t buffer, int32_t place) {
   } else {
     walk = StartWalk(walk.block, 0);
   }
-}
-
-const DimensionsFields* FieldsOfDimensions() {
-  if (BiffVersion == kBiff5) return &kDimensionsBiff5;
-  if (BiffVersion == kBiff8) return &kDimensionsBiff8;
-  return nullptr;
 }
 
 void AddToU16(const Block& block, uint32_t at, int16_t step) {

@@ -2,7 +2,8 @@
 //
 // The walk begins on the sheet's BOF with depth 0; a BOF adds 1, an EOF takes 1 off, and a record is handled
 // only at depth exactly 1, so that nested substreams are left alone. It ends at the sheet's EOF, by exact
-// equality of offsets, and at the BUFEND of a stream that its table doesn't fit.
+// equality of offsets, or behind it when the EOF has been displaced, and at the BUFEND of a stream that its table
+// doesn't fit.
 //
 // A run of cells that is split on the way makes the walk go on from the offset that the splitter gives, and
 // then step off that offset:
@@ -33,8 +34,8 @@ struct EditWalk {
   uint64_t stepsLeft = 0;  // of all rounds
 };
 
-// At failed splits a walk starts anew. All its rounds together make at most so many steps, and so many more for each record that the buffer
-// has room for: an edit takes no longer than a constant times the buffer's size.
+// At failed splits a walk starts anew. All its rounds together make at most so many steps, and so many more for
+// each record that the buffer has room for: an edit takes no longer than a constant times the buffer's size.
 constexpr uint64_t kSomeSteps = 1000000;
 constexpr uint64_t kMaxRounds = 64;
 
@@ -56,23 +57,19 @@ inline bool InSheet(const EditWalk& edit) {
 bool IsSheetRecord(EditWalk* edit);
 
 inline void NextInSheet(EditWalk* edit) {
-  if (InSheet(*edit)) Step(&edit->walk);
+  if (!InSheet(*edit)) return;
+  Step(&edit->walk);
+  // The EOF may have gone into a patch area along with a short SLACK in front of it: the way back then leads
+  // behind its place, and that is the next sheet.
+  if (edit->walk.at == edit->end + kEofSize) edit->walk.ended = true;
 }
 
 // Goes on behind a split run: `place` is what the splitter gave. The caller's NextInSheet then steps off it.
 void GoOnBehindSplit(EditWalk* edit, uint32_t buffer, int32_t place);
 
-// Fields of DIMENSIONS in the generation that BiffVersion names; null when it is neither.
-const DimensionsFields* FieldsOfDimensions();
-
 // A caller's row or column as records hold it, in 16 bits.
 inline int16_t ZeroBased(int16_t position) {
   return static_cast<int16_t>(position - 1);
-}
-
-// Where the last column of the run at `at` stands.
-inline uint32_t LastColumnOffset(const Block& block, uint32_t at) {
-  return at + LengthAt(block, at) + kRunLastColumnFromEnd;
 }
 
 // Adds `step` to the u16 at `at`, in 16 bits.

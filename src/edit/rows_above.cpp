@@ -19,6 +19,7 @@
 #include <array>
 
 #include "edit/cell_kinds.h"
+#include "query/extent_walk.h"
 
 namespace tolvenar {
 
@@ -218,7 +219,7 @@ bool PassesOne(RowsAbove* passing, const Block& block, const uint8_t* record, ui
 
 // A DETOUR and its like, which say nothing about a cell, and which only a step gets over.
 bool StandsAtPrivate(const Walk& walk, uint32_t end) {
-  return walk.at != end && !walk.ended && U8At(walk.block, walk.at + kRecordTypeHigh) == kPrivateHigh;
+  return InExtent(walk, end) && U8At(walk.block, walk.at + kRecordTypeHigh) == kPrivateHigh;
 }
 
 }  // namespace

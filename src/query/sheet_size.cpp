@@ -36,13 +36,6 @@ int16_t KindOfSheet(const Block& block, uint32_t bof) {
   }
 }
 
-// The layout of a DIMENSIONS in the generation at work; null when that is neither.
-const DimensionsFields* LayoutOfDimensions() {
-  if (BiffVersion == kBiff5) return &kDimensionsBiff5;
-  if (BiffVersion == kBiff8) return &kDimensionsBiff8;
-  return nullptr;
-}
-
 void Give(uint16_t* out, uint32_t value) {
   if (out != nullptr) *out = static_cast<uint16_t>(value);
 }
@@ -62,7 +55,7 @@ int16_t XLGetSheetSize(uint32_t buffer, uint32_t table, int16_t sheet, uint16_t*
 
   Walk walk = StartWalk(block, extent.begin);
   while (InExtent(walk, extent.end) && !IsPlain(block, walk.at, kLowDimensions)) Step(&walk);
-  const DimensionsFields* fields = LayoutOfDimensions();
+  const DimensionsFields* fields = FieldsOfDimensions();
   if (!InExtent(walk, extent.end) || fields == nullptr) return kMeasured;
   Give(first_row, U16At(block, walk.at + fields->firstRow) + 1u);
   Give(last_row, U16At(block, walk.at + fields->pastRow));

@@ -178,6 +178,12 @@ TEST_F(CellValueTest, TypesThatAreNotServed_RemoveTheCell) {
   }
 }
 
+TEST_F(CellValueTest, TypesThatAreNotServed_SplitARunOfBlanks) {
+  Open(Sheet(6).Row(0).MulBlank(0, 1, {21, 22, 23, 24}));
+  EXPECT_EQ(Change(1, 4, OfType(11)), kChangeDone);
+  ExpectCells(Stream().Row(0).MulBlank(0, 1, {21, 22}).Blank(0, 3, 24));
+}
+
 // ---- The place ----
 
 TEST_F(CellChangeTest, EachSingleKind_IsReplacedAndKeepsItsXf) {

@@ -90,6 +90,16 @@ TEST_F(CellXfTest, OfACellInAMulBlankStampsTheFirstCellToo) {
   ExpectCells(Stream().Row(0).MulBlank(0, 1, {44, 22, 23, 44}));
 }
 
+// Column -32768 less 1 is column 32767 in the 16 bits of a search, and lies in no run for the stamping, which
+// counts on. (A DIMENSIONS that is read would have ended the search.)
+TEST_F(CellXfTest, ColumnThatTheStampingDoesNotFind_Gives4Or5_WithTheFirstCellStamped) {
+  Open(Sheet(6).Row(0).Row(1).MulRk(0, 32766, {{21, 0x11}, {22, 0x22}}).MulBlank(1, 32766, {23, 24}));
+  BiffVersion = 0;
+  EXPECT_EQ(ChangeXf(1, -32768, 44), kChangeMulRk);
+  EXPECT_EQ(ChangeXf(2, -32768, 45), kChangeMulBlank);
+  ExpectCells(Stream().Row(0).Row(1).MulRk(0, 32766, {{44, 0x11}, {22, 0x22}}).MulBlank(1, 32766, {45, 24}));
+}
+
 TEST_F(CellXfTest, BlankThatCanNotBeWritten_Gives6) {
   OpenFull(Sheet(6).Row(0).Number(0, 0, 15, 1.0));
   TakeBlocksUntil(9);
@@ -127,8 +137,10 @@ TEST_F(CellXfTest, SetMulCellXf_OutsideTheRunOrWithoutBuffer_Gives0) {
     EXPECT_EQ(SetMulRkCellXF(buffer_, run, column, 99), 0);
     EXPECT_EQ(SetMulBlankCellXF(buffer_, run, column, 99), 0);
   }
-  EXPECT_EQ(SetMulRkCellXF(0, run, 2, 99), 0);
-  EXPECT_EQ(SetMulBlankCellXF(0, run, 2, 99), 0);
+  for (int16_t column : testing::Columns{1, 2}) {
+    EXPECT_EQ(SetMulRkCellXF(0, run, column, 99), 0);
+    EXPECT_EQ(SetMulBlankCellXF(0, run, column, 99), 0);
+  }
   ExpectUntouched();
 }
 

@@ -84,6 +84,23 @@ TEST_F(ChangeFormatTest, AllTenKinds_AreStamped) {
   }
 }
 
+TEST_F(ChangeFormatTest, SheetOfABofAndAnEof_Gives1) {
+  BiffVersion = kBiff8;
+  OpenAsItIs(StreamBuilder().Bof(6).Sheet("Data").Eof().Bof(6, testing::kWorksheet).Eof());
+  EXPECT_EQ(Change(), 1u);
+  ExpectUntouched();
+}
+
+TEST_F(ChangeFormatTest, OtherKinds_AreNotStamped) {
+  for (uint16_t type : Types{0x00FD, 0x1203, 0x1006, 0x10BD, 0xFEBE, 0x0002, 0x00BC, 0x0208}) {
+    SCOPED_TRACE(type);
+    Open(Sheet(6).Record(type, U16(1) + U16(2) + U16(15) + Bytes(8)));
+    EXPECT_EQ(Change(), 1u);
+    ExpectUntouched();
+    MEMORYFREEALL();
+  }
+}
+
 TEST_F(ChangeFormatTest, NegativeEntry_KeepsTheFormat) {
   matrix_[1] = -1;
   matrix_[2] = -32768;
@@ -105,6 +122,16 @@ TEST_F(ChangeFormatTest, CellsOfANestedSubstream_AreLeftAlone) {
   EXPECT_EQ(
       Cells(),
       StreamBuilder().Bof(6, kChart).Blank(0, 1, 15).Number(0, 2, 15, 1.0).Eof().Blank(0, 3, 103).Stream());
+}
+
+TEST_F(ChangeFormatTest, SubstreamInASubstream_IsNested) {
+  const auto sheet = [](uint16_t xf) {
+    StreamBuilder cells = StreamBuilder().Bof(6, kChart).Bof(6, kChart).Eof().Blank(0, 1, 15).Eof();
+    return cells.Blank(0, 3, xf);
+  };
+  Open(Sheet(6).Raw(sheet(15).Stream()));
+  EXPECT_EQ(Change(), 1u);
+  EXPECT_EQ(Cells(), sheet(103).Stream());
 }
 
 TEST_F(ChangeFormatTest, OtherSheets_AreLeftAlone) {
@@ -140,6 +167,28 @@ TEST_F(ChangeFormatTest, WalkStopsAtTheSheetsEofEvenWhenItIsNotTheLimit) {
   PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, 0x7FFFFFFF);
   EXPECT_EQ(Change(), 1u);
   EXPECT_EQ(U16At(OpenBlock(buffer_), other + kCellXf), 15);
+}
+
+TEST_F(ChangeFormatTest, WalkFollowsADetour) {
+  StreamBuilder book = Sheet(6);
+  const uint32_t detour = book.Here();
+  book.Raw(kFiller).Blank(0, 1, 15).Raw(testing::kWindow2).Eof().BufEnd().Blank(0, 2, 15);
+  const uint32_t patch = book.Last();
+  OpenAsItIs(book.Resume(detour + kJumpSize));
+  LayDetour(detour, patch);
+  EXPECT_EQ(Change(), 1u);
+  EXPECT_EQ(Cells(), StreamBuilder().Blank(0, 2, 102).Blank(0, 1, 101).Stream());
+}
+
+TEST_F(ChangeFormatTest, WalkStopsAtABufEnd) {
+  StreamBuilder book = Sheet(6).Blank(0, 1, 15).Raw(kFiller);
+  const uint32_t end = book.Here() - kJumpSize;
+  book.Blank(0, 2, 15);
+  Open(book);
+  PutU16(OpenBlock(buffer_), end, 0xFEF8);
+  EXPECT_EQ(Change(), 1u);
+  EXPECT_EQ(U16At(OpenBlock(buffer_), end - kBlankSize + kCellXf), 101);
+  EXPECT_EQ(U16At(OpenBlock(buffer_), book.Last() + kCellXf), 15);
 }
 
 TEST_F(ChangeFormatTest, RowAndColumn_AreSigned) {

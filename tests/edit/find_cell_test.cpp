@@ -115,6 +115,17 @@ TEST_F(FindCellTest, CellsOfEarlierRows_MoveThePlaceOfAnAbsentCellBehindThem) {
   EXPECT_EQ(Find(2, 1), Before(book.Here()));
 }
 
+TEST_F(FindCellTest, OtherRecordsInRowsAbove_AreNotTheLastPosition) {
+  for (uint16_t type : Types{0x00FD, 0x1203, 0x10BD, 0xFE03, 0x0002}) {
+    SCOPED_TRACE(type);
+    StreamBuilder book = Sheet(6).Row(0).Row(1).Number(0, 1, 15, 1.0);
+    const uint32_t behind = book.Here();
+    Open(AddCell(&book, type, 0, 3));
+    EXPECT_EQ(Find(2, 1), Before(behind));
+    MEMORYFREEALL();
+  }
+}
+
 TEST_F(FindCellTest, RowWithoutRowRecord_Gives0EvenWithCells) {
   Open(Sheet(6).Row(0).Number(0, 0, 15, 1.0).Number(1, 0, 15, 2.0).Number(2, 0, 15, 2.0));
   EXPECT_EQ(Find(2, 1), 0);
@@ -213,6 +224,27 @@ TEST_F(FindCellTest, NumberOfANestedSubstream_DoesNotCount) {
   EXPECT_EQ(Find(1, 2), Found(book.Last()));
 }
 
+TEST_F(FindCellTest, NumberOfANestedSubstream_IsNotTheLastPosition) {
+  StreamBuilder book = Sheet(6).Row(0).Row(1).Number(0, 1, 15, 1.0);
+  const uint32_t behind = book.Here();
+  Open(book.Bof(6, kChart).Number(0, 3, 15, 1.0).Eof());
+  EXPECT_EQ(Find(1, 6), Before(behind));
+  EXPECT_EQ(Find(2, 6), Before(behind));
+}
+
+TEST_F(FindCellTest, OtherCellOfANestedSubstream_IsTheLastPosition) {
+  StreamBuilder book = Sheet(6).Row(0).Number(0, 1, 15, 1.0).Bof(6, kChart).Blank(0, 3, 15);
+  const uint32_t behind = book.Here();
+  Open(book.Eof());
+  EXPECT_EQ(Find(1, 6), Before(behind));
+}
+
+TEST_F(FindCellTest, SubstreamInASubstream_IsNested) {
+  StreamBuilder book = Sheet(6).Bof(6, kChart).Bof(6, kChart).Eof().Row(0).Number(0, 1, 15, 1.0).Eof();
+  Open(book.Row(0).Number(0, 1, 15, 2.0));
+  EXPECT_EQ(Find(1, 2), Found(book.Last()));
+}
+
 TEST_F(FindCellTest, OtherCellsOfANestedSubstream_Count) {
   for (uint16_t type : Types{0x0205, 0x0006, 0x0201, 0x027E, 0x0204, 0x0207, 0x00D6}) {
     SCOPED_TRACE(type);
@@ -300,6 +332,14 @@ TEST_F(FindCellTest, SearchStopsExactlyAtTheEndOfTheTable) {
   EXPECT_EQ(Find(1, 4), Before(book.Last()));
 }
 
+TEST_F(FindCellTest, SearchStopsExactlyAtTheEndOfTheTable_InRowsAboveToo) {
+  StreamBuilder book = Sheet(6).Row(0).Row(1).Number(0, 0, 15, 1.0).Number(0, 3, 15, 1.0);
+  Open(book.Number(1, 0, 15, 1.0));
+  const uint32_t end = book.Last() - kNumberSize;
+  PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, end);
+  EXPECT_EQ(Find(2, 1), Before(end));
+}
+
 TEST_F(FindCellTest, SearchFollowsADetour) {
   StreamBuilder book = Sheet(6).Row(0);
   const uint32_t detour = book.Here();
@@ -319,6 +359,15 @@ TEST_F(FindCellTest, RingInTheStream_EndsTheSearchAsAtTheSheetsEnd) {
   EXPECT_EQ(Find(1, 1), Found(number));
   EXPECT_EQ(Find(1, 2), Before(number + kNumberSize));
   EXPECT_EQ(Find(2, 1), 0);
+}
+
+TEST_F(FindCellTest, BufEnd_EndsTheSearchAsAtTheSheetsEnd) {
+  StreamBuilder book = Sheet(6).Row(0).Number(0, 0, 15, 1.0).Raw(kFiller);
+  const uint32_t end = book.Here() - kJumpSize;
+  Open(book.Number(0, 3, 15, 1.0));
+  PutU16(OpenBlock(buffer_), end, 0xFEF8);
+  EXPECT_EQ(Find(1, 1), Found(end - kNumberSize));
+  EXPECT_EQ(Find(1, 4), Before(end));
 }
 
 TEST_F(FindCellTest, NothingChanges) {

@@ -71,6 +71,15 @@ TEST_F(AddRowTest, RowBelowTheFirst_MakesRowsUpToLastMinusOne) {
   EXPECT_READS_AS(EndSheet(Last(after)));
 }
 
+TEST_F(AddRowTest, PositionsBelowOne_AreRowsLikeOthers) {
+  Load(EndSheet(Book().Dimensions(0, 2, 1, 5).Record(0x0208, RowLooks(0, 0xA0))));
+  EXPECT_EQ(Run(XLAddRow, -1), 0);
+  StreamBuilder after = Book().Dimensions(0xFFFE, 2, 1, 5);
+  for (uint16_t row : {uint16_t{0xFFFE}, uint16_t{0xFFFF}, uint16_t{0}, uint16_t{0}})
+    after.Record(0x0208, RowLooks(row, 0xA0));
+  EXPECT_READS_AS(EndSheet(after));
+}
+
 TEST_F(AddRowTest, Biff5_ChangesTheFieldsOfItsOwnDimensions) {
   StreamBuilder above = Rows(2, 6, 5), above_after = Rows(2, 7, 5);
   Load(EndSheet(Last(above)), kBiff5);
@@ -133,6 +142,24 @@ TEST_F(AddRowTest, NoBlockForTheRow_Gives3AndDimensionsStaysChanged) {
   EXPECT_EQ(LiveBlocks(), 9u);
 }
 
+// A patch can displace 32767 bytes.
+TEST_F(AddRowTest, RecordTooLongToDisplace_Gives10_AndDimensionsStaysChanged) {
+  const auto sheet = [](uint16_t past, size_t length) {
+    return Book().Dimensions(0, past, 0, 1).Row(0).Record(0x0042, Bytes(length));
+  };
+  Load(EndSheet(sheet(1, 32764)));
+  const uint32_t size = size_, bytes = BytesInUse();
+  EXPECT_EQ(Run(XLAddRow, 2), 10);
+  EXPECT_EQ(BytesInUse(), bytes + 20);
+  EXPECT_READS_AS(EndSheet(sheet(2, 32764)));
+  EXPECT_EQ(size_, size);
+  EXPECT_EQ(LiveBlocks(), 3u);  // the block of the ROW has stayed
+  MEMORYFREEALL();
+  Load(EndSheet(sheet(1, 32763)));
+  EXPECT_EQ(Run(XLAddRow, 2), 0);
+  EXPECT_READS_AS(EndSheet(Book().Dimensions(0, 2, 0, 1).Row(0).Row(1).Record(0x0042, Bytes(32763))));
+}
+
 TEST_F(AddRowTest, BufferThatCanNotGrow_Gives10_ReleasesIt_AndKeepsTheRowsBlock) {
   Load(EndSheet(Book().Dimensions(0, 1, 0, 1).Row(0)), kBiff8, true);
   ASSERT_EQ(MEMORYISHANDLE(buffer_), 1);
@@ -145,18 +172,18 @@ TEST_F(AddRowTest, BufferThatCanNotGrow_Gives10_ReleasesIt_AndKeepsTheRowsBlock)
 class AddColTest : public RowColumnTest {};
 
 TEST_F(AddColTest, ColumnAboveTheLast_WidensDimensionsAndEveryRow) {
-  Load(EndSheet(Book().Dimensions(0, 3, 1, 5).Row(0, 1, 5).Row(1, 2, 3).Row(7, 0, 9).Number(0, 1, 15, 1.0)));
+  Load(EndSheet(Book().Dimensions(0, 9, 1, 5).Row(0, 1, 5).Row(1, 2, 3).Row(7, 0, 9).Number(0, 1, 15, 1.0)));
   const uint32_t size = size_;
   EXPECT_EQ(Run(XLAddCol, 8), 0);
   EXPECT_READS_AS(
-      EndSheet(Book().Dimensions(0, 3, 1, 8).Row(0, 1, 8).Row(1, 2, 8).Row(7, 0, 8).Number(0, 1, 15, 1.0)));
+      EndSheet(Book().Dimensions(0, 9, 1, 8).Row(0, 1, 8).Row(1, 2, 8).Row(7, 0, 8).Number(0, 1, 15, 1.0)));
   EXPECT_EQ(size_, size);
 }
 
 TEST_F(AddColTest, ColumnBelowTheFirst_WidensDimensionsAndEveryRow) {
-  Load(EndSheet(Book().Dimensions(0, 3, 4, 6).Row(0, 4, 6).Row(1, 5, 6)));
+  Load(EndSheet(Book().Dimensions(0, 1, 4, 6).Row(0, 4, 6).Row(1, 5, 6)));
   EXPECT_EQ(Run(XLAddCol, 2), 0);
-  EXPECT_READS_AS(EndSheet(Book().Dimensions(0, 3, 1, 6).Row(0, 1, 6).Row(1, 1, 6)));
+  EXPECT_READS_AS(EndSheet(Book().Dimensions(0, 1, 1, 6).Row(0, 1, 6).Row(1, 1, 6)));
 }
 
 TEST_F(AddColTest, Biff5_GetsTheOffsetsOfBiff8) {

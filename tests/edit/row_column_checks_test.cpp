@@ -139,6 +139,7 @@ TEST_F(RowColumnChecks, BoundsCompareAsSigned) {
 
 TEST_F(RowColumnChecks, NullSize_WhereItIsUsed_Gives8) {
   LoadUsual();
+  EXPECT_EQ(XLAddRow(&buffer_, table_, nullptr, 1, 4), 4);  // the position comes first
   EXPECT_EQ(XLAddRow(&buffer_, table_, nullptr, 1, 7), 8);
   for (EditCall edit : {XLInsertRow, XLInsertCol, XLDeleteCol})
     EXPECT_EQ(edit(&buffer_, table_, nullptr, 1, 4), 8);

@@ -26,8 +26,8 @@ class RowColumnFaults : public RowColumnTest {
     while (LiveBlocks() < 9 - free && MEMORYALLOC(1) != 0) {
     }
   }
-  // Runs all six and the changes of sizes at some positions, each on a fresh copy of the stream; they need only end and leave the
-  // others' blocks alone.
+  // Runs all six and the changes of sizes at some positions, each on a fresh copy of the stream; they need only
+  // end and leave the others' blocks alone.
   static void SweepStream(const Bytes& stream, const Bytes& table) {
     for (int16_t position : {int16_t{0}, int16_t{1}, int16_t{3}, int16_t{9}}) {
       for (const NamedEdit& edit : kAllEdits) RunOnCopy(stream, table, edit, position);

@@ -6,6 +6,7 @@
 
 #include "edit/find_cell.h"
 #include "edit/sheet_edit_fixture.h"
+#include "query/extent_walk.h"
 
 namespace tolvenar {
 namespace {
@@ -23,7 +24,7 @@ class SlowSearch {
 
   int32_t Run(SheetExtent extent) {
     Walk walk = StartWalk(block_, extent.begin);
-    for (Step(&walk); depth_ >= 1 && walk.at != extent.end && !walk.ended; Step(&walk)) {
+    for (Step(&walk); depth_ >= 1 && InExtent(walk, extent.end); Step(&walk)) {
       Look(walk.at);
       if (done_) return result_;
     }

@@ -246,6 +246,18 @@ TEST_F(RunSplittersTest, ColumnSplitters_EndAtTheRecordAfterThePieces) {
   EXPECT_EQ(BytesAt(old_size + 34, 2), (Bytes{0xFD, 0xFE}));
 }
 
+TEST_F(RunSplittersTest, InsertSplitters_WithoutLeftPiece_PlaceTheRightOneAtTheRun) {
+  OpenRun(RkRun());
+  EXPECT_EQ(Split(SplitMulRkForInsert, 3), static_cast<int32_t>(run_ + 40));
+  EXPECT_EQ(BytesAt(run_, 8), (Bytes{0xBD, 0, 36, 0, 1, 0, 3, 0}));
+  EXPECT_EQ(size_, opened_.size());
+  MEMORYFREEALL();
+  OpenRun(BlankRun());
+  EXPECT_EQ(Split(SplitMulBlankForInsert, 3), static_cast<int32_t>(run_ + 20));
+  EXPECT_EQ(BytesAt(run_, 8), (Bytes{0xBE, 0, 16, 0, 1, 0, 3, 0}));
+  EXPECT_EQ(size_, opened_.size());
+}
+
 TEST_F(RunSplittersTest, OnlyCellOfARun_DeletedOrMovedOn) {
   OpenRun(Stream().MulRk(1, 2, {{21, 0x11}}));
   EXPECT_EQ(Split(SplitMulRkForDelete, 3), static_cast<int32_t>(run_));  // no piece: the place of the run

@@ -189,5 +189,18 @@ TEST_F(FormulaTokens, TokenAtTheEndOfTheBlock_ReadsItsOperandsAsZero) {
   MEMORYFREE(&handle);
 }
 
+TEST_F(FormulaTokens, ArrayThatRunsOutOfTheBlock_HasEmptyTextsThere) {
+  uint32_t handle = MEMORYALLOC(256);
+  const Block block = OpenBlock(handle);
+  int16_t remaining = 5;
+  PutU8(block, 250, 0x20);
+  PutU8(block, 251, 1);
+  for (uint16_t count : {uint16_t{1}, uint16_t{2}, uint16_t{5}}) {  // the first one fills the block
+    PutU16(block, 252, count);
+    EXPECT_EQ(FormulaTokenSize(block, 250, &remaining), 4 + 2 * count);
+  }
+  MEMORYFREE(&handle);
+}
+
 }  // namespace
 }  // namespace tolvenar
