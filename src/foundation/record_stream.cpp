@@ -15,14 +15,8 @@ constexpr uint32_t kGrowth = 32767;
 constexpr uint32_t kStreamNameSize = 8;
 constexpr uint8_t kBlank = 0x20;
 
-void PutHeader(const Block& block, uint32_t at, uint8_t private_low, uint16_t length) {
-  PutU8(block, at + kRecordTypeLow, private_low);
-  PutU8(block, at + kRecordTypeHigh, kPrivateHigh);
-  PutU16(block, at + kRecordLength, length);
-}
-
 void PutJump(const Block& block, uint32_t at, uint8_t private_low, uint32_t target) {
-  PutHeader(block, at, private_low, kJumpSize - kHeaderSize);
+  PutPrivateHeader(block, at, private_low, kJumpSize - kHeaderSize);
   PutU32(block, at + kJumpTarget, target);
 }
 
@@ -33,7 +27,7 @@ bool FillSlack(const Block& block, const uint8_t* bytes, uint32_t at, int16_t n)
   const int16_t length = I16At(block, at + kRecordLength);
   if (length + static_cast<int32_t>(kHeaderSize) != n) {
     if (length < n) return false;
-    PutHeader(block, at + static_cast<uint32_t>(n), kLowSlack, static_cast<uint16_t>(length - n));
+    PutPrivateHeader(block, at + static_cast<uint32_t>(n), kLowSlack, static_cast<uint16_t>(length - n));
   }
   CopyIn(block, at, bytes, static_cast<uint32_t>(n));
   return true;
@@ -125,6 +119,12 @@ int32_t IsFollowedBy10DB(uint32_t buffer, uint32_t at) {
   Step(&walk);
   while (!walk.ended && IsJump(walk.block, walk.at)) Step(&walk);
   return !walk.ended && IsChart(walk.block, walk.at, kLow10DB) ? 1 : 0;
+}
+
+void PutPrivateHeader(const Block& block, uint32_t at, uint8_t low, uint16_t length) {
+  PutU8(block, at + kRecordTypeLow, low);
+  PutU8(block, at + kRecordTypeHigh, kPrivateHigh);
+  PutU16(block, at + kRecordLength, length);
 }
 
 void MarkRecordSlack(const Block& block, uint32_t at) {

@@ -265,6 +265,9 @@ inline void PassOver(Walk* walk, uint32_t bound, Skips skips) {
 // that place is not passed over: the answer is then 0.
 int32_t IsFollowedBy10DB(uint32_t buffer, uint32_t at);
 
+// Writes the header of a private record of that low byte, whose payload has `length` bytes.
+void PutPrivateHeader(const Block& block, uint32_t at, uint8_t low, uint16_t length);
+
 // Turns the record at `at` into SLACK of the same length: only its two type bytes change.
 void MarkRecordSlack(const Block& block, uint32_t at);
 

@@ -10,11 +10,7 @@ namespace tolvenar {
 
 // Writes the BUFEND at size - 4 of `buffer` (`size` bytes).
 inline void PutBufEnd(uint32_t buffer, uint32_t size) {
-  const Block block = OpenBlock(buffer);
-  const uint32_t at = size - kBufEndSize;
-  PutU8(block, at + kRecordTypeLow, kLowBufEnd);
-  PutU8(block, at + kRecordTypeHigh, kPrivateHigh);
-  PutU16(block, at + kRecordLength, 0);
+  PutPrivateHeader(OpenBlock(buffer), size - kBufEndSize, kLowBufEnd, 0);
 }
 
 }  // namespace tolvenar

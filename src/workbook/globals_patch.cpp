@@ -24,6 +24,8 @@ void MoveSheet(uint32_t buffer, uint32_t table, uint32_t from, uint32_t to) {
   }
 }
 
+// PatchRecord, and then the table and the BOUNDSHEETs follow what a detour has displaced: the record at `at` and, when that is shorter than
+// a DETOUR, the one behind it, which came to stand as far behind the first as before.
 int16_t PatchAndMove(uint32_t* buffer, uint32_t table, uint32_t* size, const uint8_t* record, uint32_t at,
                      uint32_t count) {
   const uint32_t first = kHeaderSize + LengthAt(OpenBlock(*buffer), at);

@@ -183,6 +183,14 @@ TEST_F(MemoryPoolTest, Realloc_SearchesUpwardOnly) {
   EXPECT_EQ(LiveBlocks(), 6u);
 }
 
+TEST_F(MemoryPoolTest, Realloc_PassesOverTakenSlotsToTheFirstFreeOneThatIsLargeEnough) {
+  std::vector<uint32_t> handles = TakeSlots(9);
+  for (size_t i : {1u, 2u, 4u, 5u, 6u}) MEMORYFREE(&handles[i]);
+  const uint32_t moved = MEMORYREALLOC(handles[0], 1025);
+  EXPECT_EQ(MEMORYISHANDLE(moved), 5);  // 2 and 3 are free and too small, 4 is taken
+  EXPECT_EQ(LiveBlocks(), 4u);
+}
+
 TEST_F(MemoryPoolTest, Realloc_ShrinkStaysInItsSlot) {
   const uint32_t handle = MEMORYALLOC(33000);
   EXPECT_EQ(MEMORYREALLOC(handle, 10), handle);

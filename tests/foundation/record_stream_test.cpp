@@ -91,6 +91,71 @@ TEST_F(RecordStreamTest, CopyIn_DropsWhatFallsBehind) {
   EXPECT_EQ(BlockBytes(handle)[256], 0);
 }
 
+TEST_F(RecordStreamTest, CopyIn_TakesASourceInTheBlockItself) {
+  const uint32_t handle = MEMORYALLOC(256);
+  const Block block = OpenBlock(handle);
+  for (uint8_t i = 0; i < 8; ++i) PutU8(block, i, i);
+  CopyIn(block, 2, BlockBytes(handle), 8);
+  EXPECT_EQ(testing::BlockContents(handle, 10), (Bytes{0, 1, 0, 1, 2, 3, 4, 5, 6, 7}));
+}
+
+TEST_F(RecordStreamTest, Reads_OfAWholeFieldAtTheEnd) {
+  const uint32_t handle = MEMORYALLOC(256);
+  const Block block = OpenBlock(handle);
+  PutU32(block, 252, 0xC0000000);
+  EXPECT_EQ(F64At(block, 248), -2.0);
+  EXPECT_EQ(I16At(block, 254), -16384);
+  EXPECT_EQ(F64At(block, 249), 0.0);
+}
+
+TEST_F(RecordStreamTest, BytesInside_CountsUpToTheEnd) {
+  const Block block = OpenBlock(MEMORYALLOC(256));
+  EXPECT_EQ(BytesInside(block, 0, 256), 256u);
+  EXPECT_EQ(BytesInside(block, 250, 10), 6u);
+  EXPECT_EQ(BytesInside(block, 250, 3), 3u);
+  EXPECT_EQ(BytesInside(block, 256, 1), 0u);
+  EXPECT_EQ(BytesInside(block, 0xFFFFFFFF, 0xFFFFFFFF), 0u);
+}
+
+TEST_F(RecordStreamTest, PayloadOf_IsABlockOfItsOwn) {
+  uint32_t size = 0;
+  const uint32_t handle =
+      StreamBuilder().Record(0x0042).Record(0x0043, {7, 8, 9}).Record(0x0044, {1}).Load(&size);
+  const Block payload = PayloadOf(OpenBlock(handle), 4);
+  EXPECT_EQ(payload.base, BlockBytes(handle) + 8);
+  EXPECT_EQ(payload.extent, 3u);
+  EXPECT_EQ(U8At(payload, 2), 9);
+  EXPECT_EQ(U8At(payload, 3), 0);
+  EXPECT_EQ(PayloadOf(OpenBlock(handle), 0).extent, 0u);
+  EXPECT_EQ(PayloadOf(OpenBlock(handle), 0).base, nullptr);
+}
+
+TEST_F(RecordStreamTest, PayloadOf_EndsWhereTheBlockDoes) {
+  const Block block = OpenBlock(MEMORYALLOC(256));
+  PutU16(block, 240 + 2, 100);
+  EXPECT_EQ(PayloadOf(block, 240).extent, 12u);
+  PutU16(block, 252 + 2, 100);
+  EXPECT_EQ(PayloadOf(block, 252).extent, 0u);
+  EXPECT_EQ(PayloadOf(block, 1000).extent, 0u);
+}
+
+TEST_F(RecordStreamTest, RecordTests_AtTheLastByteOfTheBlock) {
+  const Block block = OpenBlock(MEMORYALLOC(256));
+  PutU8(block, 255, 0xFD);
+  EXPECT_TRUE(IsPlain(block, 255, 0xFD));  // the high byte reads as zero
+  EXPECT_FALSE(IsChart(block, 255, 0xFD));
+  EXPECT_FALSE(IsPrivate(block, 255, 0xFD));
+  EXPECT_TRUE(IsPlain(block, 256, 0));
+  EXPECT_FALSE(IsPlain(block, 256, 0xFD));
+}
+
+TEST_F(RecordStreamTest, PutPrivateHeader_TouchesTheHeaderOnly) {
+  const uint32_t handle = MEMORYALLOC(256);
+  MEMORYSET1(&handle, 8, 0x55);
+  PutPrivateHeader(OpenBlock(handle), 2, kLowSlack, 0x0102);
+  EXPECT_EQ(testing::BlockContents(handle, 8), (Bytes{0x55, 0x55, 0xFD, 0xFE, 2, 1, 0x55, 0x55}));
+}
+
 struct TypeCase {
   const char* label;
   uint16_t type;

@@ -71,6 +71,11 @@ class Checks(unittest.TestCase):
             check_exports.compare("def", def_names, "header", check_exports.declared(header)),
             ["C: in def, but not in header", "B: in header, but not in def"])
 
+    def test_export_whose_types_are_not_held_fast(self):
+        text = "/* int TOLVENAR_CALL C(int); */\nint TOLVENAR_CALL A(int);\nvoid TOLVENAR_CDECL B(\n    int,\n    int);\n"
+        self.assertEqual(check_exports.held_fast(text), ["A", "B"])
+        self.one(check_exports.compare("held", ["A", "B"], "header", ["A", "B", "C"]), "C: in header, but not in held")
+
     def test_export_without_a_result(self):
         header = "/* Does. Result: 0. */\nTOLVENAR_API int A(void);\n/* Does. */\nTOLVENAR_API int B(void);\n"
         self.one(check_exports.undocumented(header), "B: no comment")

@@ -1,4 +1,4 @@
-"""The exports agree three ways: what the headers declare, what the lists name, and what the shared library gives.
+"""The exports agree: what the headers declare, what the lists name, what the shared library gives, and whose types are held fast.
 
     check_exports.py PROJECT LIBRARY [READELF NM]
 """
@@ -9,12 +9,18 @@ import house
 
 SONAME = "libtolvenar.so.1"
 DECLARATION = re.compile(r"^TOLVENAR_API\b[^;(]*?\b(\w+)\(", re.MULTILINE)
+PROTOTYPE = re.compile(r"\bTOLVENAR_(?:CALL|CDECL) (\w+)\(")
 COMMENT = re.compile(r"/\*(?:(?!\*/).)*\*/", re.DOTALL)
 
 
 def declared(header):
     """Names that a public header declares, in its order."""
     return DECLARATION.findall(COMMENT.sub("", header))
+
+
+def held_fast(text):
+    """Names that the file of prototypes declares once more; the compiler compares their types."""
+    return PROTOTYPE.findall(COMMENT.sub("", text))
 
 
 def in_def_file(text):
@@ -61,6 +67,7 @@ def problems(project, library, readelf="readelf", nm="nm"):
     exports = in_def_file(house.read(project / "src/exports/tolvenar.def"))
     names = in_name_list(house.read(project / "src/exports/automation.exports"))
     found = compare("tolvenar.def", exports, "tolvenar.h", declared(header))
+    found += compare("prototypes_c11.c", held_fast(house.read(project / "tests/host/prototypes_c11.c")), "tolvenar.h", declared(header))
     found += compare("automation.exports", names, "automation.h", automation)
     found += compare("the lists", exports + names, "the shared library", given(library, nm))
     found += undocumented(header)
