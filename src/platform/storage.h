@@ -1,6 +1,6 @@
 // Compound files as the library uses them: open or create a file; create, open and destroy a stream in it; read, write, measure and
-// commit a stream; commit and release a file. On Windows these are the system's storage calls; everywhere else they are served by
-// portable/compound_file. Names and paths are wide and zero-terminated; results are the system's HRESULTs (negative: failed).
+// commit a stream; commit and release a file. On Windows these are the system's storage calls; everywhere else portable/storage
+// and portable/stream serve them. Names and paths are wide and zero-terminated; results are the system's HRESULTs (negative: failed).
 //
 // Invariants: (1) stream names compare without regard to case. (2) An open file is locked against every other opener until it is
 // released or the process ends. (3) Off Windows nothing reaches the path before StorageCommit, which puts the whole new file in place
@@ -31,7 +31,6 @@ constexpr uint32_t kModeExclusive = 0x12;
 constexpr uint32_t kModeReplace = 0x1012;
 
 #if !defined(_WIN32)
-constexpr HRESULT kStgInvalidFunction = static_cast<HRESULT>(0x80030001u);
 constexpr HRESULT kStgFileNotFound = static_cast<HRESULT>(0x80030002u);
 constexpr HRESULT kStgPathNotFound = static_cast<HRESULT>(0x80030003u);
 constexpr HRESULT kStgAccessDenied = static_cast<HRESULT>(0x80030005u);
@@ -44,7 +43,6 @@ constexpr HRESULT kStgLockViolation = static_cast<HRESULT>(0x80030021u);
 constexpr HRESULT kStgFileAlreadyExists = static_cast<HRESULT>(0x80030050u);
 constexpr HRESULT kStgMediumFull = static_cast<HRESULT>(0x80030070u);
 constexpr HRESULT kStgInvalidName = static_cast<HRESULT>(0x800300FCu);
-constexpr HRESULT kStgInvalidHeader = static_cast<HRESULT>(0x800300FBu);
 constexpr HRESULT kStgDocFileCorrupt = static_cast<HRESULT>(0x80030109u);
 constexpr HRESULT kStgReverted = static_cast<HRESULT>(0x80030102u);
 #endif

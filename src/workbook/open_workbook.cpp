@@ -39,8 +39,8 @@ bool OpenWorkbookStream(StmFFile* file, StmFItem** item) {
   return false;
 }
 
-// A block that really has room for `size` bytes, which are not zeroed, as the stream fills them: from 2 GiB on the pool would take the size for a negative
-// one, which fits every slot.
+// A block that really has room for `size` bytes, which are not zeroed, as the stream fills them: from 2 GiB on
+// the pool would take the size for a negative one, which fits every slot.
 uint32_t AllocateWhole(uint32_t size) {
   return size > INT32_MAX ? 0 : AllocateForOverwrite(static_cast<int32_t>(size));
 }

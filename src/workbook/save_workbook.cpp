@@ -46,7 +46,8 @@ int16_t MakeRoom(StmFFile* file, const char* path, const char* name) {
   return file->DeleteStream(name) != kStmDone ? kNotDeleted : kSaved;
 }
 
-// Creates the stream `name` with the `count` bytes at `bytes` and closes it and the file. The bytes go to the disk from where they are.
+// Creates the stream `name` with the `count` bytes at `bytes` and closes it and the file. The bytes go to the
+// disk from where they are.
 int16_t PutStream(StmFFile* file, const char* name, const uint8_t* bytes, uint32_t count) {
   StmFItemHolder stream;
   if (file->CreateStream(name, &stream.item, false) != kStmDone) return kStreamNotCreated;

@@ -160,12 +160,9 @@ void StmFFile::Abandon() {
 int32_t StmFFile::AddItem(StmFItem* item) {
   if (item == nullptr) return kStmNullArgument;
   if ((firstItem == nullptr) != (lastItem == nullptr)) return kStmBadList;
-  if (lastItem == nullptr) {
-    firstItem = item;
-  } else {
-    lastItem->next = item;
-    item->previous = lastItem;
-  }
+  item->previous = lastItem;
+  item->next = nullptr;  // its links may be those of a list that it was removed from
+  (lastItem == nullptr ? firstItem : lastItem->next) = item;
   lastItem = item;
   item->owner = this;
   ++itemCount;

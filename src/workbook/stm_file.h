@@ -160,7 +160,8 @@ struct StmFItem {
   // the platform's failure.
   int32_t Write(const void* buffer, uint32_t count, uint32_t* moved);
 
-  // The same with bytes that the caller keeps as they are until the file is closed or abandoned: they may be taken as late as that.
+  // The same with bytes that the caller keeps as they are until the file is closed or abandoned: they may be
+  // taken as late as that.
   int32_t WriteLent(const void* buffer, uint32_t count, uint32_t* moved);
 
   // The stream's size; 0 if it can't be had.

@@ -13,8 +13,10 @@ constexpr int kFired = -2;
 int requests_left = kNone;
 bool throwing_count = false;
 bool for_good = false;
+std::size_t largest_request = 0;
 
 void* Take(std::size_t size) {
+  if (size > largest_request) largest_request = size;
   return std::malloc(size != 0 ? size : 1);
 }
 
@@ -81,6 +83,14 @@ AllocationFault::~AllocationFault() {
 
 bool AllocationFault::fired() const {
   return requests_left == kFired;
+}
+
+std::size_t LargestRequest() {
+  return largest_request;
+}
+
+void ForgetRequests() {
+  largest_request = 0;
 }
 
 }  // namespace tolvenar::testing

@@ -118,6 +118,17 @@ TEST_F(SheetTableTest, CountIsKeptAsASigned16BitValue) {
   EXPECT_EQ(MEMORYSIZE(table), 16u);
 }
 
+TEST_F(SheetTableTest, CountBelow0_FindsNoRoomForItsLastEntries_AndNothingElseIsWritten) {
+  StreamBuilder book;
+  book.Bof(6);
+  for (int i = 0; i < 32768; ++i) book.Record(0x0085, U32(7));
+  const uint32_t beside = MEMORYALLOC(512);
+  EXPECT_EQ(Locate(book.Eof()), 0);
+  EXPECT_EQ(TableEntries(table, 4), (Entries{-32768, 0, 7, 7}));
+  EXPECT_EQ(MEMORYISHANDLE(table), 1);
+  EXPECT_EQ(BlockContents(beside, 512), Bytes(512));
+}
+
 TEST_F(SheetTableTest, NullTable_IsNotWritten) {
   buffer = TwoSheets::Builder().Load(&size);
   EXPECT_EQ(XLLocateSheets(buffer, nullptr, size), 0);
@@ -153,6 +164,16 @@ TEST_F(SheetTableTest, Result9_SizeWithoutARecord) {
     EXPECT_EQ(XLLocateSheets(buffer, &table, short_size), 9) << short_size;
     EXPECT_EQ(LiveBlocks(), 0u);
   }
+}
+
+TEST_F(SheetTableTest, Result9_LimitThatIsNegative) {
+  for (uint32_t large_size : {0x80000001u, 0xFFFFFFFFu}) {
+    buffer = TwoSheets::Builder().Load(&size);
+    EXPECT_EQ(XLLocateSheets(buffer, &table, large_size), 9) << large_size;
+    EXPECT_EQ(LiveBlocks(), 0u);
+  }
+  buffer = TwoSheets::Builder().Load(&size);
+  EXPECT_EQ(XLLocateSheets(buffer, &table, 0x80000000u), 0);
 }
 
 TEST_F(SheetTableTest, Result9_EofAtTheLimitIsNotSeen) {

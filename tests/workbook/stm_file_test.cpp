@@ -488,6 +488,41 @@ TEST_F(StmFileTest, AddItem_ListWithOneEnd) {
   EXPECT_EQ(file.itemCount, 0);
 }
 
+TEST_F(StmFileTest, AddItem_OfOneThatWasRemoved_ForgetsItsOldLinks) {
+  StmFItem a, b;
+  file.AddItem(&a);
+  file.AddItem(&b);
+  file.RemoveItem(&a);
+  EXPECT_EQ(file.AddItem(&a), 0);
+  EXPECT_EQ(file.firstItem, &b);
+  EXPECT_EQ(b.next, &a);
+  EXPECT_EQ(a.previous, &b);
+  EXPECT_EQ(a.next, nullptr);
+  file.RemoveItem(&a);
+  file.RemoveItem(&b);
+  EXPECT_EQ(file.AddItem(&a), 0);
+  EXPECT_EQ(a.previous, nullptr);
+  EXPECT_EQ(file.firstItem, &a);
+}
+
+TEST_F(StmFileTest, StreamThatTheListCannotTake_IsOpenAllTheSame) {
+  OpenBook();
+  file.firstItem = nullptr;
+  StmFItem* second = nullptr;
+  EXPECT_EQ(file.CreateStream("Second", &second, false), Code(0x80000F06));
+  ASSERT_NE(second, nullptr);
+  EXPECT_NE(second->stream, nullptr);
+  EXPECT_EQ(second->owner, nullptr);
+  platform::StreamRelease(second->stream);
+  EXPECT_EQ(file.OpenStream("Second", &second), Code(0x80000F06));
+  EXPECT_NE(second->stream, nullptr);
+  EXPECT_EQ(file.itemCount, 1);
+  platform::StreamRelease(second->stream);
+  second->stream = nullptr;
+  delete second;
+  file.firstItem = item;
+}
+
 TEST_F(StmFileTest, RemoveItem_AtEveryPlace_ItsOwnLinksStay) {
   for (int place = 0; place < 3; ++place) {
     StmFFile list;

@@ -137,7 +137,8 @@ HRESULT StorageOpenStream(Storage* storage, const OLECHAR* name, uint32_t mode, 
   *out = nullptr;
   if (FakeDisk().Note("open stream", " " + Narrow(name) + Mode(mode)) != Disk::Fate::kServe) return kFault;
   const std::string lower = Lower(Narrow(name));
-  return FileOf(storage)->streams.count(lower) == 0 ? kNotFound : HandOut(FileOf(storage), lower, out);
+  if (FileOf(storage)->streams.count(lower) == 0) return kNotFound;
+  return FakeDisk().success != S_OK ? FakeDisk().success : HandOut(FileOf(storage), lower, out);
 }
 
 HRESULT StorageCreateStream(Storage* storage, const OLECHAR* name, uint32_t mode, Stream** out) {
@@ -146,7 +147,8 @@ HRESULT StorageCreateStream(Storage* storage, const OLECHAR* name, uint32_t mode
   const std::string lower = Lower(Narrow(name));
   if (mode == kModeExclusive && FileOf(storage)->streams.count(lower) != 0) return kExists;
   FileOf(storage)->streams[lower].clear();
-  return HandOut(FileOf(storage), lower, out);
+  HandOut(FileOf(storage), lower, out);
+  return FakeDisk().success;
 }
 
 HRESULT StorageDestroyElement(Storage* storage, const OLECHAR* name) {

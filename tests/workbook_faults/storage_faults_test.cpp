@@ -305,6 +305,19 @@ TEST_F(StorageFaultsTest, PlatformFailuresAreHandedOn) {
   EXPECT_EQ(FakeDisk().open_streams, 0);
 }
 
+TEST_F(StorageFaultsTest, SuccessOtherThan0_IsNoneForAnOpenedStreamAndOneForACreatedOne_OnPurpose) {
+  StmFFile file;
+  StmFItemHolder stream;
+  ASSERT_EQ(file.Open(kPath), 0);
+  FakeDisk().success = 1;
+  EXPECT_EQ(file.OpenStream("Workbook", &stream.item), 1);
+  EXPECT_EQ(stream.item, nullptr);
+  EXPECT_EQ(file.itemCount, 0);
+  EXPECT_EQ(file.CreateStream("New", &stream.item, false), 0);
+  EXPECT_EQ(file.firstItem, stream.item);
+  EXPECT_EQ(file.itemCount, 1);
+}
+
 TEST_F(StorageFaultsTest, TransferFailuresAreHandedOn_AndLeaveTheOutValueAlone) {
   StmFFile file;
   StmFItemHolder stream;

@@ -83,7 +83,6 @@ constexpr uint32_t kEntrySize = 120;
 constexpr uint32_t kEntryBytes = 128;
 static_assert(kEntryBytes == kEntrySize + 8);
 
-constexpr uint8_t kTypeUnused = 0;
 constexpr uint8_t kTypeStorage = 1;
 constexpr uint8_t kTypeStream = 2;
 constexpr uint8_t kTypeRoot = 5;

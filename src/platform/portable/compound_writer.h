@@ -34,8 +34,8 @@ struct Plan {
 HRESULT PlanCompound(const Directory& directory, uint32_t sector_shift, Plan* plan);
 
 // Writes the planned file to `to`, from offset 0. Contents that are not in memory are taken from `from`.
-// RESULT: S_OK; a read or write failure. On success the nodes' starts and extents are those in the new file
-// and no contents are in memory any more; on failure the nodes are as they were.
+// RESULT: S_OK; a read or write failure. On success every stream's extents are those in the new file and no
+// contents are in memory any more; on failure the nodes are as they were.
 HRESULT WriteCompound(int to, int from, const Plan& plan, Directory* directory);
 
 }  // namespace tolvenar::platform

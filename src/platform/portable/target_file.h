@@ -31,8 +31,10 @@ struct TargetFile {
 };
 
 // Locks the existing file at `path` (8-bit) for reading and writing.
-// RESULT: S_OK; kStgFileNotFound, kStgPathNotFound; kStgAccessDenied: no regular file, or one that this
-// user may not write, which is the system's to say: it lets root write what has no right to write on it; kStgShareViolation: open elsewhere. On failure *target holds nothing.
+// RESULT: S_OK; kStgFileNotFound, kStgPathNotFound; kStgAccessDenied: no regular file, or one that this user
+// may not write, which is the system's to say: it lets root write what has no right to write on it;
+// kStgShareViolation: open elsewhere; kStgLockViolation: on a file system that has no locks. On failure
+// *target holds nothing.
 HRESULT LockTarget(const std::string& path, TargetFile* target);
 
 // Claims the name `path` for a file that does not exist yet. The name stays free until CommitStage.
