@@ -220,8 +220,8 @@ constexpr uint32_t kPaletteBiff8[] = {
 };
 // clang-format on
 
-constexpr uint32_t kPaletteColours = 56;
-static_assert(std::size(kPaletteBiff5) == kPaletteColours && std::size(kPaletteBiff8) == kPaletteColours);
+constexpr uint16_t kPaletteEntries = 56;
+static_assert(std::size(kPaletteBiff5) == kPaletteEntries && std::size(kPaletteBiff8) == kPaletteEntries);
 static_assert(std::size(kFonts) == 5 + 4 && std::size(kXfs) == 2 * 22 && std::size(kStyles) == 6 &&
               std::size(kFormats) == 9);
 static_assert(kFormatOddText.size() == 29 && kFormats[kFormatOddInBiff8].text.size() == 29);
@@ -270,12 +270,11 @@ uint32_t ServeFrom(const DefaultRecord (&table)[N], uint32_t* size, int16_t key,
 // WRITEACCESS: the writer's name filled up with blanks. BIFF5: u8 length, 31 characters. BIFF8: u16 length,
 // option byte, 109 characters.
 uint32_t MakeWriteAccess(uint32_t* size) {
-  constexpr uint16_t kType = 0x005C;
   const bool biff8 = BiffVersion == kBiff8;
   const std::string_view writer = biff8 ? kWriterBiff8 : kWriterBiff5;
   const uint32_t total = biff8 ? 116 : 36;
   const uint32_t text_at = kHeaderSize + (biff8 ? 3 : 1);
-  const uint32_t block = MakeBlock(size, kType, total);
+  const uint32_t block = MakeBlock(size, kTypeWriteAccess, total);
   if (block == 0) return 0;
   BlockBytes(block)[kHeaderSize] = static_cast<uint8_t>(writer.size());
   std::memset(BlockBytes(block) + text_at, ' ', total - text_at);
@@ -285,33 +284,27 @@ uint32_t MakeWriteAccess(uint32_t* size) {
 
 // FORMAT: u16 index, then BIFF5: u8 length, text. BIFF8: u16 length, option byte, text.
 uint32_t MakeFormat(uint32_t* size, uint8_t variant) {
-  constexpr uint16_t kType = 0x041E;
-  constexpr uint32_t kIndex = kHeaderSize;
-  constexpr uint32_t kLength = kIndex + 2;
   if (variant >= std::size(kFormats)) return 0;
   const bool biff8 = BiffVersion == kBiff8;
   const std::string_view text =
       biff8 && variant == kFormatOddInBiff8 ? kFormatOddText : kFormats[variant].text;
-  const uint32_t text_at = kLength + (biff8 ? 3 : 1);
-  const uint32_t block = MakeBlock(size, kType, text_at + static_cast<uint32_t>(text.size()));
+  const uint32_t text_at = kFormatLength + (biff8 ? 3 : 1);
+  const uint32_t block = MakeBlock(size, kTypeFormat, text_at + static_cast<uint32_t>(text.size()));
   if (block == 0) return 0;
-  WriteU16(BlockBytes(block) + kIndex, kFormats[variant].index);
-  BlockBytes(block)[kLength] = static_cast<uint8_t>(text.size());
+  WriteU16(BlockBytes(block) + kFormatIndex, kFormats[variant].index);
+  BlockBytes(block)[kFormatLength] = static_cast<uint8_t>(text.size());
   PutText(block, text_at, text);
   return block;
 }
 
 // PALETTE: u16 count, then red, green, blue and a zero for each colour.
 uint32_t MakePalette(uint32_t* size) {
-  constexpr uint16_t kType = 0x0092;
-  constexpr uint32_t kColours = kHeaderSize + 2;
-  constexpr uint32_t kColourSize = 4;
   const uint32_t* colours = BiffVersion == kBiff8 ? kPaletteBiff8 : kPaletteBiff5;
-  const uint32_t block = MakeBlock(size, kType, kColours + kPaletteColours * kColourSize);
+  const uint32_t block = MakeBlock(size, kTypePalette, kPaletteColours + kPaletteEntries * kPaletteColour);
   if (block == 0) return 0;
-  WriteU16(BlockBytes(block) + kHeaderSize, kPaletteColours);
-  for (uint32_t i = 0; i < kPaletteColours; ++i) {
-    uint8_t* colour = BlockBytes(block) + kColours + i * kColourSize;
+  WriteU16(BlockBytes(block) + kPaletteCount, kPaletteEntries);
+  for (uint32_t i = 0; i < kPaletteEntries; ++i) {
+    uint8_t* colour = BlockBytes(block) + kPaletteColours + i * kPaletteColour;
     colour[0] = static_cast<uint8_t>(colours[i] >> 16);
     colour[1] = static_cast<uint8_t>(colours[i] >> 8);
     colour[2] = static_cast<uint8_t>(colours[i]);

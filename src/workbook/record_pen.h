@@ -10,7 +10,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 
 #include "foundation/memory_pool.h"
 #include "foundation/record_stream.h"
@@ -45,11 +44,6 @@ inline void WriteField(RecordPen* pen, double value) {
 template <typename... Fields>
 void WriteFields(RecordPen* pen, Fields... fields) {
   (WriteField(pen, fields), ...);
-}
-
-// Leaves `count` bytes zero.
-inline void SkipBytes(RecordPen* pen, uint32_t count) {
-  pen->at += count;
 }
 
 // Takes a block of `total` bytes and writes the header of a record whose payload is `length` bytes, which is

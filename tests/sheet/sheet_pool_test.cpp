@@ -192,13 +192,22 @@ TEST_F(SheetPoolTest, RefreshHasNoBlock_Minus7_TableReleased) {
 
 // What the refresh would have replaced is still there to be seen.
 TEST_F(SheetPoolTest, BufEndBehindTheSize_AFullSheetsHasNoHighByte) {
+  const auto last = [this] { return Hex(BlockContents(buffer, size + 4)).substr(3 * size); };
   BookInSlot(4, {1, 5});
   EXPECT_EQ(XLAppendSheet(&buffer, &size, "Data", 1, 2000), -7);
-  EXPECT_EQ(Hex(BlockContents(buffer, size + 4)).substr(3 * size), "F8 FE 00 00 ");
+  EXPECT_EQ(last(), "F8 FE 00 00 ");
   MEMORYFREEALL();
   BookInSlot(4, {1, 5});
   EXPECT_EQ(XLAppendFullSheet(&buffer, &size, "Data", 0, 2000, nullptr), -7);
-  EXPECT_EQ(Hex(BlockContents(buffer, size + 4)).substr(3 * size), "F8 00 00 00 ");
+  EXPECT_EQ(last(), "F8 00 00 00 ");
+  MEMORYFREEALL();
+  BookInSlot(4, {1, 5});
+  EXPECT_EQ(XLAppendVariantSheet(&buffer, &size, "Data", 0, 2000, nullptr, nullptr), -7);
+  EXPECT_EQ(last(), "F8 FE 00 00 ");
+  MEMORYFREEALL();
+  BookInSlot(4, {1, 2, 3, 5});
+  EXPECT_EQ(XLAppendVariantSheetVB(&buffer, &size, "Data", 0, 2000, nullptr, nullptr), -7);
+  EXPECT_EQ(last(), "F8 FE 00 00 ");
 }
 
 TEST_F(SheetPoolTest, LocateFails_Minus8_BufferIsZero) {
@@ -347,6 +356,8 @@ TEST_F(StagedPoolTest, AppendSheet2_NoBlockForTheRefresh_Minus7) {
   EXPECT_EQ(CreateVariantSheet3(&buffer, &size, &position), 0);
   EXPECT_EQ(AppendVariantSheet2(&buffer, &size, 1), -7);
   EXPECT_EQ(MEMORYISHANDLE(buffer), 4);
+  EXPECT_EQ(size, position) << "in front of the BUFEND";
+  EXPECT_EQ(Hex(BlockContents(buffer, size + 4)).substr(3 * size), "F8 FE 00 00 ");
   EXPECT_EQ(LiveBlocks(), foreign + 1) << "the table is released";
 }
 

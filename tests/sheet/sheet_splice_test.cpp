@@ -67,6 +67,23 @@ TEST_F(SheetSpliceTest, InsertPoint_LowBytesDecide) {
   EXPECT_EQ(number, 2u);
 }
 
+TEST_F(SheetSpliceTest, ChartRecordsOfTheSameLowBytes_AreNeitherSheetsNorTheEnd) {
+  Load(StreamBuilder()
+           .Bof(5)
+           .Record(0x1085, U32(500))
+           .Record(0x100A)
+           .Sheet("One")
+           .Record(0x1085, U32(500))
+           .Eof());
+  EXPECT_EQ(FindSheetInsertPoint(buffer, size, &number), 12 + 8 + 4 + 15);
+  EXPECT_EQ(number, 2u);
+  const uint32_t bof = U32At(OpenBlock(buffer), 24 + 4);
+  EXPECT_EQ(ShiftSheetOffsets(buffer, 1000), 0);
+  EXPECT_EQ(U32At(OpenBlock(buffer), 12 + 4), 500u);
+  EXPECT_EQ(U32At(OpenBlock(buffer), 24 + 4), bof + 1000);
+  EXPECT_EQ(U32At(OpenBlock(buffer), 39 + 4), 500u);
+}
+
 TEST_F(SheetSpliceTest, InsertPoint_SizeOfOneOrLess) {
   Load(TwoSheetBook());
   for (uint32_t small : {1u, 0u, 0x80000001u}) {

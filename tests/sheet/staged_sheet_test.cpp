@@ -199,12 +199,15 @@ TEST_F(StagedSheetTest, Range_NoRows_OneRowStands_BothWays) {
 TEST_F(StagedSheetTest, Range_NegativeRows_OneRowInOneGo_65535InSlices) {
   Splice(5);
   CreateVariantSheet1(&buffer, &size, &position);
+  const uint32_t rows_at = kOpenBiff5 + kStagedHead5 + kDimensionsBytes;
   EXPECT_EQ(CreateVariantSheet2(&buffer, &size, &position, 1, -1, nullptr, nullptr), 0);
+  EXPECT_EQ(size, kOpenBiff5 - kRowBytes + rows_at) << "the count is signed in the reservation";
   Close();
   EXPECT_EQ(RecordsOfType(0x0208).size(), 1u);
   MEMORYFREE(&buffer);
   Splice(5);
   EXPECT_EQ(CreateVariantSheet1A(&buffer, &size, 1, -1, &position), 0);
+  EXPECT_EQ(size, kOpenBiff5 - kRowBytes + rows_at + 2 * 32767) << "and two growths";
   Close();
   EXPECT_EQ(RecordsOfType(0x0208).size(), 65535u);
 }

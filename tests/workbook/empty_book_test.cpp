@@ -199,6 +199,15 @@ TEST_F(EmptyBookTest, Locate_FreshBook_EntryTwoIsTheSize) {
   EXPECT_EQ(LiveBlocks(), 2u);
 }
 
+// The EOF of the BIFF5 book stands at 1164.
+TEST_F(EmptyBookTest, Locate_EofIsLookedForBelowTheSizeLessOne) {
+  XLCreateEmptyBook(&buffer, &size, 5);
+  EXPECT_EQ(XLEmptyBookLocateSheets(buffer, &table, 1166), 0);
+  EXPECT_EQ(TableEntries(table, 3), (std::vector<int32_t>{0, 0, 1168}));
+  EXPECT_EQ(XLEmptyBookLocateSheets(buffer, &table, 1165), 9);
+  EXPECT_EQ(MEMORYISHANDLE(buffer), 0);
+}
+
 TEST_F(EmptyBookTest, Locate_WithSheets_AsXLLocateSheets) {
   StreamBuilder book;
   book.Bof(6).Sheet("One").Eof().Bof(6, kWorksheet).Eof();
