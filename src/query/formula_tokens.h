@@ -22,8 +22,6 @@ namespace tolvenar {
 // Bases of the tokens that matter here.
 constexpr uint8_t kPtgExp = 0x01;
 constexpr uint8_t kPtgTbl = 0x02;
-constexpr uint8_t kPtgStr = 0x17;
-constexpr uint8_t kPtgArray = 0x20;
 constexpr uint8_t kPtgRef = 0x24;
 constexpr uint8_t kPtgArea = 0x25;
 constexpr uint8_t kPtgRefErr = 0x2A;

@@ -13,7 +13,6 @@ constexpr int16_t kListed = 0;
 constexpr int16_t kNoBuffer = 1;
 constexpr int16_t kNoImage = 10;
 
-constexpr uint8_t kChartHigh = 0x10;
 constexpr uint32_t kChartTypes = 256;
 
 struct ListArrays {
@@ -68,9 +67,7 @@ int16_t XLGetList(uint32_t buffer, int32_t size, int32_t* count, SAFEARRAY** off
   if (block.extent == 0) return kNoBuffer;
   int32_t listed = 0;
   const ListArrays arrays = {ArrayAt(offsets, 1), ArrayAt(types, 1), ArrayAt(images, 1), ArrayAt(lengths, 1)};
-  // size - 1, in 32 bits that wrap.
-  const int32_t limit = static_cast<int32_t>(static_cast<uint32_t>(size) - 1);
-  const int16_t result = limit < 1 ? kListed : ListRecords(block, limit, &listed, arrays);
+  const int16_t result = size <= 1 ? kListed : ListRecords(block, size - 1, &listed, arrays);
   if (count != nullptr) *count = listed;
   return result;
 }

@@ -214,4 +214,17 @@ TEST_F(CellReading, RString_AsksThePoolForItsText) {
   EXPECT_EQ(variants.TypeAt(1, 2), VT_EMPTY);
 }
 
+TEST_F(CellReading, FormulaText_AsksThePoolForItsWholePayload) {
+  const Bytes text = {0, 0, 0, 0, 0, 0, 0xFF, 0xFF};
+  uint32_t smallest = MEMORYALLOC(1);
+  StreamBuilder stream = OneSheet().Formula(0, 0, 15, text).Record(0x0207, Bytes(256, 'a'));
+  Load(stream.Formula(0, 1, 15, text).Record(0x0207, Bytes(257, 'b')).Eof());
+  FillPool(9);
+  MEMORYFREE(&smallest);
+  TestArray variants(VT_VARIANT, 1, 4, 1, 4);
+  EXPECT_EQ(XLGetVariantData(variants.Ref(), buffer_, table_, 1), 0);
+  EXPECT_EQ(variants.TextAt(1, 1).size(), 256u);
+  EXPECT_EQ(variants.TypeAt(1, 2), VT_EMPTY);
+}
+
 }  // namespace

@@ -138,6 +138,16 @@ TEST_F(CellValues, FormulaNumber_IsADouble) {
   EXPECT_EQ(variants_.TypeAt(1, 3), VT_R8);
 }
 
+// A NaN that signals would come out quiet, had it been taken for a number on its way.
+TEST_F(CellValues, FormulaNumber_KeepsItsEightBytes) {
+  LoadAndRead(OneSheet().Formula(0, 0, 15, Bytes{0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0xF1, 0x7F}).Eof());
+  LONG indices[2] = {1, 1};
+  VARIANT value = {};
+  EXPECT_EQ(SafeArrayGetElement(variants_.Get(), indices, &value), S_OK);
+  EXPECT_EQ(value.vt, VT_R8);
+  EXPECT_EQ(value.llVal, 0x7FF1665544332211);
+}
+
 TEST_F(CellValues, FormulaErrorAndBoolean_EvenTrueReadsFalse) {
   StreamBuilder stream = OneSheet().Formula(0, 0, 15, Result(2, 7)).Formula(0, 1, 15, Result(1, 1));
   LoadAndRead(stream.Formula(0, 2, 15, Result(1, 0)).Eof());
@@ -247,6 +257,22 @@ TEST_F(CellValues, EmbeddedSubstreams_ArePassedOver) {
   StreamBuilder stream = OneSheet().Number(0, 0, 15, 1).Bof(6, kChart).Number(0, 1, 15, 2).Bof(6, kChart);
   LoadAndRead(stream.Number(0, 2, 15, 3).Eof().Number(0, 3, 15, 4).Eof().Number(1, 0, 15, 5).Eof());
   EXPECT_EQ(texts_.AllText().substr(0, 36), "1.000000|(none)|(none)|(none)/5.0000");
+}
+
+// What an embedded chart holds itself, an AREAFORMAT 0x100A among it, opens and closes nothing.
+TEST_F(CellValues, ChartRecords_DoNotCountAsBofOrEof) {
+  StreamBuilder stream = OneSheet().Record(0x1009).Number(0, 0, 15, 1).Bof(6, kChart).Record(0x100A);
+  LoadAndRead(stream.Number(0, 1, 15, 2).Eof().Record(0x100A).Number(0, 2, 15, 3).Eof());
+  EXPECT_EQ(texts_.AllText().substr(0, 32), "1.000000|(none)|3.000000|(none)/");
+}
+
+// Of a sheet that another one follows, an EOF ends nothing: its cells are those where one BOF more than EOFs has been passed.
+TEST_F(CellValues, CellsOutsideAnySubstream_ArePassedOver) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Sheet("A").Sheet("B").Eof().Bof(6, kWorksheet);
+  stream.Record(0x000A).Number(0, 0, 15, 1).Record(0x000A).Number(0, 1, 15, 2);
+  stream.Record(0x0809, Bytes(16)).Number(0, 2, 15, 3).Record(0x0809, Bytes(16)).Number(0, 3, 15, 4).Eof();
+  LoadAndRead(stream.Bof(6, kWorksheet).Eof());
+  EXPECT_EQ(texts_.AllText().substr(0, 35), "(none)|(none)|(none)|4.000000/(none");
 }
 
 TEST_F(CellValues, RowsBeyond32767_AreRefused) {

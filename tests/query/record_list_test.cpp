@@ -46,12 +46,21 @@ TEST_F(RecordList, StaleBuffer_GivesOneAndLeavesTheCount) {
 TEST_F(RecordList, SizeOfOneOrLess_ListsNothing) {
   uint32_t loaded = 0;
   const uint32_t buffer = StreamBuilder().Bof(6).Load(&loaded);
-  for (int32_t size : {1, 0, -1, -1000}) {
+  for (int32_t size : {1, 0, -1, -1000, INT32_MIN}) {
     count_ = -77;
     EXPECT_EQ(List(buffer, size), 0) << size;
     EXPECT_EQ(count_, 0) << size;
   }
   EXPECT_EQ(images_.TextAt(1), "(none)");
+}
+
+TEST_F(RecordList, SizeOfTwo_ListsTheFirstRecord) {
+  uint32_t loaded = 0;
+  const uint32_t buffer = StreamBuilder().Bof(6).Eof().Load(&loaded);
+  EXPECT_EQ(List(buffer, 2), 0);
+  EXPECT_EQ(count_, 1);
+  EXPECT_EQ(lengths_.NumberAt(1), 20);
+  EXPECT_EQ(images_.TextAt(2), "(none)");
 }
 
 TEST_F(RecordList, ListsEveryRecordUpToTheBufEnd) {

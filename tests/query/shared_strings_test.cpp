@@ -40,8 +40,10 @@ class SharedStrings : public BookTest {
     Load(stream.Eof());
   }
 
+  // The text put for that string, by a bucket size of 0; "before" when none was.
   std::string Read(int32_t index) {
     TestArray cells(VT_BSTR, 1, 4, 1, 4);
+    cells.SetText(3, 2, "before");
     int16_t bucket = 0;
     XLEXTLabel(buffer_, &index, &bucket, kSst, cells.Ref(), static_cast<int32_t>(cell_));
     return cells.TextAt(3, 2);
@@ -253,7 +255,7 @@ TEST_F(SharedStrings, FullPool_PutsNothing) {
   for (uint32_t taken = 2; taken <= 9; ++taken) {
     LoadStrings(Plain("first"));
     FillPool(taken);
-    EXPECT_EQ(Read(0), taken < 9 ? "first" : "(none)") << taken;
+    EXPECT_EQ(Read(0), taken < 9 ? "first" : "before") << taken;
     EXPECT_EQ(XLNumStrBucket(buffer_, table_), 8);
     EXPECT_EQ(XLNumStrExt(buffer_, table_), 20);
     EXPECT_EQ(LiveBlocks(), taken);
@@ -266,9 +268,18 @@ TEST_F(SharedStrings, AWideText_AsksThePoolForFourTimesItsLength) {
   LoadStrings(Wide("Q") + Wide(std::string(65, 'w')));
   FillPool(9);
   MEMORYFREE(&smallest);
-  EXPECT_EQ(Read(1), "(none)");  // 260 bytes, and only the slot of 256 is free
+  EXPECT_EQ(Read(1), "before");  // 260 bytes, and only the slot of 256 is free
   PutU16(Stream(), kSst + 12 + 5, 64);
   EXPECT_EQ(Read(1).size(), 128u);
+}
+
+TEST_F(SharedStrings, APlainText_AsksThePoolForItsLength) {
+  uint32_t smallest = MEMORYALLOC(1);
+  LoadStrings(Plain(std::string(256, 'p')) + Plain(std::string(257, 'q')));
+  FillPool(9);
+  MEMORYFREE(&smallest);
+  EXPECT_EQ(Read(0), std::string(256, 'p'));
+  EXPECT_EQ(Read(1), "before");
 }
 
 // The reader that remembers places gives what the export gives, whatever the table holds and in whatever
@@ -285,6 +296,7 @@ TEST_F(SharedStrings, Reader_GivesTheSameBytesAsTheExport) {
     SharedStringReader reader = {Stream(), kSst, nullptr, 0};
     for (int index : {5, 0, 60, 3, -4, 59, 61, 32767, 200, 7}) {
       TestArray cells(VT_BSTR, 1, 4, 1, 4);
+      cells.SetText(3, 2, "before");
       PutSharedString(&reader, static_cast<int16_t>(index), cells.Get(), cell_);
       ASSERT_EQ(cells.TextAt(3, 2), Read(index)) << round << " " << index;
     }
