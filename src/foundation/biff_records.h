@@ -284,6 +284,7 @@ constexpr uint32_t kAttachedLabelFlags = 4;
 
 // AI: what it is the data of u8, how u8, flags u16, number format u16, length of the formula u16, its tokens.
 constexpr uint32_t kAiKind = 4;
+constexpr uint8_t kAiKindValues = 1;
 constexpr uint32_t kAiLength = 10;
 constexpr uint32_t kAiTokens = 12;
 
