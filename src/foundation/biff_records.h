@@ -73,6 +73,12 @@ constexpr uint16_t kTypeBof = 0x0809;
 constexpr uint32_t kBofVersionHigh = 5;    // u8: the generation
 constexpr uint32_t kBofSubstream = 6;      // u8, low byte of the type
 constexpr uint32_t kBofSubstreamHigh = 7;  // u8
+constexpr uint8_t kSubstreamGlobals = 0x05;
+constexpr uint8_t kSubstreamVisualBasic = 0x06;
+constexpr uint8_t kSubstreamChart = 0x20;
+constexpr uint8_t kSubstreamMacroSheet = 0x40;
+constexpr uint8_t kSubstreamWorkspace = 0x00;
+constexpr uint8_t kSubstreamWorkspaceHigh = 0x01;  // any other type with that low byte is a worksheet
 
 // EOF has no payload.
 constexpr uint32_t kEofSize = kHeaderSize;
