@@ -12,7 +12,7 @@
 
 #include <cstdint>
 
-#include "foundation/biff_records.h"
+#include "foundation/record_stream.h"
 
 namespace tolvenar {
 
@@ -32,23 +32,6 @@ inline bool Spend(Effort* effort) {
   if (effort->left == 0) return false;
   --effort->left;
   return true;
-}
-
-// Calls `visit` with the offset of each record in the block that `owner` owns, and with its depth there: 1, and 1
-// more in each block inside. The record behind the owner is taken for the block's BEGIN unseen, on purpose. The
-// walk ends where the block is closed, wherever the chart ends; a block that is never closed ends at the BUFEND.
-template <typename Visit>
-void ForEachInBlockOf(const Block& block, uint32_t owner, Effort* effort, Visit visit) {
-  Walk walk = StartWalk(block, owner);
-  Step(&walk);
-  Step(&walk);
-  int32_t depth = 1;
-  while (!walk.ended && !IsPrivate(block, walk.at, kLowBufEnd) && Spend(effort)) {
-    visit(walk.at, depth);
-    if (IsChart(block, walk.at, kLowBegin)) ++depth;
-    if (IsChart(block, walk.at, kLowEnd) && --depth == 0) return;
-    Step(&walk);
-  }
 }
 
 }  // namespace tolvenar

@@ -11,24 +11,22 @@ constexpr int16_t kCountNoTable = -1;
 constexpr int16_t kCountNoSheet = -2;
 constexpr int16_t kCountNoBuffer = -3;
 
-// Substream types of a BOF, by their low byte, and what XLGetNumCharts says at once of such a sheet.
+// What XLGetNumCharts says at once of a sheet of some kind, whatever it holds.
 struct KindAnswer {
   uint8_t substream;
-  bool high_byte_is_one;  // the type's high byte has to be 1
+  bool high_byte_counts;  // the type's high byte has to be that of a workspace
   int16_t answer;
 };
 constexpr KindAnswer kKindAnswers[] = {
-    {0x05, false, -4},  // globals
-    {0x06, false, -5},  // Visual Basic module
-    {0x40, false, -6},  // macro sheet
-    {0x00, true, -7},   // workspace
-    {0x20, false, 1},   // chart sheet
+    {kSubstreamGlobals, false, -4},  {kSubstreamVisualBasic, false, -5}, {kSubstreamMacroSheet, false, -6},
+    {kSubstreamWorkspace, true, -7}, {kSubstreamChart, false, 1},
 };
 
 const KindAnswer* AnswerByKind(const Block& block, uint32_t bof) {
   for (const KindAnswer& kind : kKindAnswers) {
     if (U8At(block, bof + kBofSubstream) != kind.substream) continue;
-    if (!kind.high_byte_is_one || U8At(block, bof + kBofSubstreamHigh) == 1) return &kind;
+    if (!kind.high_byte_counts || U8At(block, bof + kBofSubstreamHigh) == kSubstreamWorkspaceHigh)
+      return &kind;
   }
   return nullptr;
 }

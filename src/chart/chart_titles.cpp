@@ -1,7 +1,7 @@
 // Chart titles: a walk over the chart, and in it one over the block of each TEXT.
 #include "chart/chart_titles.h"
 
-#include "chart/chart_effort.h"
+#include "chart/chart_block.h"
 #include "chart/chart_search.h"
 #include "query/byte_text.h"
 
@@ -9,15 +9,14 @@ namespace tolvenar {
 
 namespace {
 
-constexpr uint32_t kNone = 0xFFFFFFFF;
 constexpr uint8_t kLinkTitle = 1;  // the two axes are 2 and 3
 constexpr uint8_t kLinkAxisTwo = 3;
 
 // The first record of each kind in a TEXT's block.
 struct TextRecords {
-  uint32_t text = kNone;
-  uint32_t link = kNone;
-  uint32_t font = kNone;
+  uint32_t text = kNoRecord;
+  uint32_t link = kNoRecord;
+  uint32_t font = kNoRecord;
 };
 
 // A place for a text, and the text that this call has put there.
@@ -40,16 +39,16 @@ TextRecords RecordsOfText(const Block& block, uint32_t text, Effort* effort) {
   TextRecords found;
   ForEachInBlockOf(block, text, effort, [&](uint32_t at, int32_t depth) {
     if (depth != 1) return;
-    if (found.text == kNone && IsChart(block, at, kLowSeriesText)) found.text = at;
-    if (found.link == kNone && IsChart(block, at, kLowObjectLink)) found.link = at;
-    if (found.font == kNone && IsChart(block, at, kLowFontX)) found.font = at;
+    if (IsChart(block, at, kLowSeriesText)) NoteFirst(&found.text, at);
+    if (IsChart(block, at, kLowObjectLink)) NoteFirst(&found.link, at);
+    if (IsChart(block, at, kLowFontX)) NoteFirst(&found.font, at);
   });
   return found;
 }
 
 // What the text belongs to; 0 when that is nothing that has a place here.
 uint8_t LinkOf(const Block& block, const TextRecords& records) {
-  if (records.link == kNone || records.text == kNone) return 0;
+  if (records.link == kNoRecord || records.text == kNoRecord) return 0;
   const uint8_t link = U8At(block, records.link + kObjectLinkKind);
   return link <= kLinkAxisTwo && U8At(block, records.link + kObjectLinkKindHigh) == 0 ? link : uint8_t{0};
 }
@@ -71,7 +70,7 @@ void ReadTitleText(Titles* titles, const Block& block, uint32_t at, Effort* effo
   const uint8_t link = LinkOf(block, records);
   if (link == 0 || !PutText(&titles->places[link - 1], block, records.text)) return;
   const TitleOutputs& outputs = *titles->outputs;
-  if (records.font != kNone)
+  if (records.font != kNoRecord)
     Give(link == kLinkTitle ? outputs.titleFont : outputs.axisFont, U16At(block, records.font + kFontXFont));
   Give(outputs.colour, U32At(block, at + kTextColour));
 }

@@ -29,7 +29,6 @@ constexpr uint8_t kRadarLabelBit = 0x01;
 constexpr uint8_t kLabelBit = 0x10;
 constexpr uint8_t kLegendPlaceNoted = 2;
 constexpr uint8_t kAxisLengthHigh = 1;
-constexpr uint8_t kKindValues = 1;
 constexpr uint8_t kObjectIsChart = 5;
 
 bool HasBit(const ChartReading& reading, uint32_t at, uint8_t bit) {
@@ -180,7 +179,7 @@ void HandleSeries(ChartReading* reading, uint32_t at) {
 // takes cells off it.
 void HandleAi(ChartReading* reading, uint32_t at) {
   if (CurrentContext(reading->cells) != kContextSeries) return;
-  if (U8At(reading->block, at + kAiKind) != kKindValues) return;
+  if (U8At(reading->block, at + kAiKind) != kAiKindValues) return;
   uint32_t count = 0;
   ForEachCellArea(reading->block, at, &reading->effort, [&](const CellArea& area) {
     count += (area.lastRow - area.firstRow + 1) * (area.lastColumn - area.firstColumn + 1) *

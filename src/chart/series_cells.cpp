@@ -11,7 +11,6 @@ namespace tolvenar {
 
 namespace {
 
-constexpr uint8_t kKindValues = 1;
 constexpr UINT kSeriesDimension = 1;
 constexpr UINT kItemDimension = 2;
 
@@ -60,7 +59,7 @@ bool ReadSeriesCells(CellArray out, const Block& block, SheetExtent chart, const
       // Also where no BEGIN follows: then it is the block around the series that becomes one, on purpose.
       SetContext(cells, kContextSeries);
       ++series;
-    } else if (IsChart(block, at, kLowAi) && U8At(block, at + kAiKind) == kKindValues &&
+    } else if (IsChart(block, at, kLowAi) && U8At(block, at + kAiKind) == kAiKindValues &&
                CurrentContext(cells) == kContextSeries) {
       LONG item = 0;
       ForEachCellArea(block, at, &effort,

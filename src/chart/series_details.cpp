@@ -4,6 +4,7 @@
 #include <cstring>
 #include <initializer_list>
 
+#include "chart/chart_block.h"
 #include "chart/chart_search.h"
 #include "chart/series_tokens.h"
 #include "foundation/memory_pool.h"
@@ -16,7 +17,6 @@ namespace tolvenar {
 
 namespace {
 
-constexpr uint32_t kNone = 0xFFFFFFFF;
 constexpr uint32_t kGroupSize = 2;
 constexpr uint16_t kGroupWithoutType = 0xFFFF;
 constexpr uint8_t kSolidPattern = 1;
@@ -41,10 +41,10 @@ struct GroupTable {
 
 // The first record of each kind in a series' block.
 struct SeriesRecords {
-  uint32_t ai = kNone;
-  uint32_t text = kNone;
-  uint32_t group = kNone;
-  uint32_t area = kNone;
+  uint32_t ai = kNoRecord;
+  uint32_t text = kNoRecord;
+  uint32_t group = kNoRecord;
+  uint32_t area = kNoRecord;
 };
 
 int16_t CheckArray(SAFEARRAY** array, int16_t last) {
@@ -65,10 +65,6 @@ void PutNumber(SAFEARRAY** array, LONG index, uint32_t number) {
   platform::PutBytes(ArrayAt(array), &index, &number, sizeof number);
 }
 
-void NoteFirst(uint32_t* noted, uint32_t at) {
-  if (*noted == kNone) *noted = at;
-}
-
 SeriesRecords RecordsOfSeries(const Block& block, uint32_t series, Effort* effort) {
   SeriesRecords found;
   ForEachInBlockOf(block, series, effort, [&](uint32_t at, int32_t depth) {
@@ -84,7 +80,7 @@ SeriesRecords RecordsOfSeries(const Block& block, uint32_t series, Effort* effor
 
 // Whether the series has a name in its SERIESTEXT at `at`.
 bool HasName(const Block& block, uint32_t at) {
-  if (at == kNone) return false;
+  if (at == kNoRecord) return false;
   if (U8At(block, at + kSeriesTextLength) != kLostNameLength) return true;
   char text[kLostNameLength];
   CopyOut(block, at + kSeriesTextText, reinterpret_cast<uint8_t*>(text), kLostNameLength);
@@ -129,11 +125,12 @@ void FillSeriesDetails(const SeriesArrays& arrays, const Block& block, uint32_t 
   const SeriesRecords records = RecordsOfSeries(block, at, effort);
   if (HasName(block, records.text)) {
     if (!PutName(arrays, block, records.text, series)) return;
-  } else if (records.ai != kNone) {
+  } else if (records.ai != kNoRecord) {
     PutNameCell(arrays, block, records.ai, series, effort);
   }
-  if (records.group != kNone) PutNumber(arrays.groups, series, U16At(block, records.group + kSerToCrtGroup));
-  if (records.area != kNone) PutColour(arrays, block, records.area, series);
+  if (records.group != kNoRecord)
+    PutNumber(arrays.groups, series, U16At(block, records.group + kSerToCrtGroup));
+  if (records.area != kNoRecord) PutColour(arrays, block, records.area, series);
 }
 
 // The first chart type of a group decides.

@@ -1,4 +1,5 @@
-// Exports of the style tables, of the lookups in them, and of the sizes of rows and columns: forwards, and nothing but forwards.
+// Exports of the style tables, of the lookups in them, and of the sizes of rows and columns: forwards, and nothing
+// but forwards.
 #include "edit/row_column_size_change.h"
 #include "query/format_catalogue.h"
 #include "query/item_decoders.h"

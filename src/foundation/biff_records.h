@@ -75,6 +75,12 @@ constexpr uint16_t kTypeBof = 0x0809;
 constexpr uint32_t kBofVersionHigh = 5;    // u8: the generation
 constexpr uint32_t kBofSubstream = 6;      // u8, low byte of the type
 constexpr uint32_t kBofSubstreamHigh = 7;  // u8
+constexpr uint8_t kSubstreamGlobals = 0x05;
+constexpr uint8_t kSubstreamVisualBasic = 0x06;
+constexpr uint8_t kSubstreamChart = 0x20;
+constexpr uint8_t kSubstreamMacroSheet = 0x40;
+constexpr uint8_t kSubstreamWorkspace = 0x00;
+constexpr uint8_t kSubstreamWorkspaceHigh = 0x01;  // any other type with that low byte is a worksheet
 
 // EOF has no payload.
 constexpr uint32_t kEofSize = kHeaderSize;
@@ -286,6 +292,7 @@ constexpr uint32_t kAttachedLabelFlags = 4;
 
 // AI: what it is the data of u8, how u8, flags u16, number format u16, length of the formula u16, its tokens.
 constexpr uint32_t kAiKind = 4;
+constexpr uint8_t kAiKindValues = 1;
 constexpr uint32_t kAiLength = 10;
 constexpr uint32_t kAiTokens = 12;
 

@@ -23,7 +23,7 @@ namespace tolvenar {
 // Put the heights of all rows, the widths of all columns of sheet `sheet` (1-based) into the array, whose
 // elements are 16-bit integers. It must reach from exactly 1 to exactly the last row or column of the used
 // range, read as signed. A sheet without DIMENSIONS has no range to compare with: any array from 1 on
-// passes, and its own end counts as the last row or column.
+// passes, up to 32767, and its own end counts as the last row or column.
 // RESULT, in the order of the checks: 1 the table is null or has no sheets. 2 sheet above the count and not
 // above 0, which takes a negative count. 3 no such sheet, null buffer, or no worksheet. 4 the array has not
 // one dimension. 5 it does not fit. 6, 7: can't be reached. 0 done. An element that the array refuses is

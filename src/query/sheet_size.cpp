@@ -21,16 +21,16 @@ constexpr int16_t kIsChart = 9;
 // Result for the kind of substream that the BOF at `bof` opens.
 int16_t KindOfSheet(const Block& block, uint32_t bof) {
   switch (U8At(block, bof + kBofSubstream)) {
-    case 0x05:
+    case kSubstreamGlobals:
       return kIsGlobals;
-    case 0x06:
+    case kSubstreamVisualBasic:
       return kIsVisualBasic;
-    case 0x20:
+    case kSubstreamChart:
       return kIsChart;
-    case 0x40:
+    case kSubstreamMacroSheet:
       return kIsMacroSheet;
-    case 0x00:
-      return U8At(block, bof + kBofSubstreamHigh) == 0x01 ? kIsWorkspace : kMeasured;
+    case kSubstreamWorkspace:
+      return U8At(block, bof + kBofSubstreamHigh) == kSubstreamWorkspaceHigh ? kIsWorkspace : kMeasured;
     default:
       return kMeasured;
   }

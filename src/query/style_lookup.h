@@ -16,8 +16,9 @@
 //
 // Invariants: (1) A found item changes nothing. (2) A lookup that fails creates nothing, but the record that
 // could not be patched in stays live at -4, and when the buffer could not grow it is released and *buffer is
-// 0. (3) The SheetTable stays good, and is not touched but for a BOF that moves. (4) A null `buffer` counts as a variable holding 0, a null `size` as no buffer. (5) A name or text too long
-// for a record whose size is a positive 16-bit value can't be patched in: that gives -4, and the buffer stays.
+// 0. (3) The SheetTable stays good, and is not touched but for a BOF that moves. (4) A null `buffer` counts as a
+// variable holding 0, a null `size` as no buffer. (5) A name or text too long for a record whose size is a positive
+// 16-bit value can't be patched in: that gives -4, and the buffer stays.
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <random>
 
+#include "chart/chart_block.h"
 #include "chart/chart_properties.h"
 #include "chart/chart_search.h"
 #include "chart/chart_titles.h"

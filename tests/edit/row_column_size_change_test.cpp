@@ -123,6 +123,26 @@ TEST_F(RowColumnSizeChange, Sizes_OfAnotherSheet_StayAsTheyAre) {
   EXPECT_READS_AS(book(300, 777));
 }
 
+TEST_F(RowColumnSizeChange, Sizes_InAPatchArea_AreReached) {
+  Load(EndSheet(
+      Book().Record(0x007D, ColInfo(2, 2, 100)).Dimensions(0, 4, 0, 4).Record(0x0208, RowOf(1, 255))));
+  const auto patch_in = [&](uint8_t before, uint16_t type, const Bytes& payload) {
+    uint32_t at = TableEntry(OpenBlock(table_), kTableFirstSheet);
+    while (!IsPlain(OpenBlock(buffer_), at, before)) at = NextRecord(OpenBlock(buffer_), at);
+    const Bytes record = StreamBuilder().Record(type, payload).Stream();
+    ASSERT_EQ(PatchRecord(&buffer_, record.data(), at, static_cast<uint32_t>(record.size()), &size_), 0);
+  };
+  patch_in(kLowRow, 0x0208, RowOf(0, 256));
+  patch_in(kLowColInfo, 0x007D, ColInfo(1, 1, 200));
+  const uint32_t before = size_;
+  for (int16_t row : {int16_t{1}, int16_t{2}}) EXPECT_EQ(Height(row, 300), 0);
+  for (int16_t column : {int16_t{2}, int16_t{3}}) EXPECT_EQ(Width(column, 777), 0);
+  EXPECT_EQ(size_, before);
+  StreamBuilder wanted = Book().Record(0x007D, ColInfo(1, 1, 777)).Record(0x007D, ColInfo(2, 2, 777));
+  wanted.Dimensions(0, 4, 0, 4).Record(0x0208, RowOf(0, 300));
+  EXPECT_READS_AS(EndSheet(wanted.Record(0x0208, RowOf(1, 300))));
+}
+
 TEST_F(RowColumnSizeChange, Width_RefusedWithAFullPool_TakesNoBlock) {
   Load(EndSheet(Book().Dimensions(0, 4, 0, 4)));
   while (LiveBlocks() < 9) ASSERT_NE(MEMORYALLOC(1), 0u);

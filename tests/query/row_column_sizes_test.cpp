@@ -93,6 +93,36 @@ TEST_F(RowColumnSizes, SheetThatSaysNothing_LeavesTheArrayAlone) {
   EXPECT_EQ(Values(), (V{7, 7, 7, 7}));
 }
 
+TEST_F(RowColumnSizes, EachSheetTellsItsOwn) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Sheet("One").Sheet("Two").Eof();
+  for (uint16_t sheet : {uint16_t{1}, uint16_t{2}}) {
+    stream.Bof(6, kWorksheet).Dimensions(0, 4, 0, 4).Record(0x0225, DefaultHeight(sheet));
+    stream.Record(0x0055, U16(sheet)).Record(0x00A0, U16(sheet) + U16(4)).Eof();
+  }
+  Load(stream);
+  for (int16_t sheet : {int16_t{1}, int16_t{2}}) {
+    EXPECT_EQ(XLGetRowHeight(sizes_.Ref(), buffer_, table_, sheet), 0);
+    EXPECT_EQ(Values(), V(4, sheet));
+    EXPECT_EQ(XLGetColWidth(sizes_.Ref(), buffer_, table_, sheet), 0);
+    EXPECT_EQ(Values(), V(4, sheet * 120));
+    EXPECT_EQ(XLGetMagnification(buffer_, table_, sheet), sheet / 4.0);
+  }
+}
+
+TEST_F(RowColumnSizes, RecordsOfAPatch_CountInTheirPlace) {
+  Load(OneSheet().Record(0x0225, DefaultHeight(255)).Record(0x0208, RowPayload(1, 300)).Eof());
+  uint32_t row = TableEntry(Table(), kTableFirstSheet);
+  while (!IsPlain(Stream(), row, kLowRow)) row = NextRecord(Stream(), row);
+  StreamBuilder patch = StreamBuilder().Record(0x0208, RowPayload(1, 400)).Record(0x0208, RowPayload(2, 500));
+  patch.Record(0x007D, ColInfo(0, 0, 256)).Record(0x00A0, U16(3) + U16(4));
+  ASSERT_EQ(PatchRecord(&buffer_, patch.Stream().data(), row, patch.Here(), &size_), 0);
+  EXPECT_EQ(XLGetRowHeight(sizes_.Ref(), buffer_, table_, 1), 0);
+  EXPECT_EQ(Values(), (V{255, 301, 501, 255}));
+  EXPECT_EQ(XLGetColWidth(sizes_.Ref(), buffer_, table_, 1), 0);
+  EXPECT_EQ(Values(), (V{120, 301, 501, 255}));
+  EXPECT_EQ(XLGetMagnification(buffer_, table_, 1), 0.75);
+}
+
 TEST_F(RowColumnSizes, RowsHaveTheirHeightPlusOne_AndTheDefaultHasNot) {
   StreamBuilder stream = OneSheet().Record(0x0225, DefaultHeight(255)).Record(0x0208, RowPayload(1, 255));
   EXPECT_EQ(Heights(stream.Record(0x0208, RowPayload(2, 0x80FF))), (V{255, 256, -32512, 255}));

@@ -346,6 +346,25 @@ TEST_F(StyleLookup, Walk_StepsThroughPrivateRecords_AndEndsAtAnyOther) {
   }
 }
 
+TEST_F(StyleLookup, Walk_BeginsWhereTheTableSays) {
+  LoadBook(Fonts({"A", "B", "C"}));
+  const uint32_t first = NextRecord(Stream(), 0);
+  PutTableEntry(Table(), kTableGlobalsBegin, NextRecord(Stream(), first));
+  EXPECT_EQ(Font("B"), 0);
+  EXPECT_EQ(Font("A"), 3) << "the first one is not seen";
+  ExpectReadsAs(Fonts({"A", "B", "C", "A"}));
+}
+
+// Four bytes in front of the first sheet's BOF: what stands there is not looked at, and a new record goes in front of it.
+TEST_F(StyleLookup, Walk_EndsWhereTheTableSays) {
+  LoadBook(Fonts({"A", "B", "C"}));
+  const uint32_t second = NextRecord(Stream(), NextRecord(Stream(), 0));
+  PutTableEntry(Table(), kTableFirstSheet, second + kEofSize);
+  EXPECT_EQ(Font("A"), 0);
+  EXPECT_EQ(Font("C"), 2);
+  ExpectReadsAs(Fonts({"A", "C", "B", "C"}));
+}
+
 TEST_F(StyleLookup, XfInd_AddsTwentyBytes_InBothGenerations) {
   for (int32_t version : {kBiff5, kBiff8}) {
     const uint8_t generation = static_cast<uint8_t>(version);
