@@ -17,11 +17,6 @@ constexpr int16_t kRefNoCopy = -8;    // none for the copy of the array
 // The longest record: a patch counts its bytes in 16 bits with a sign.
 constexpr int32_t kLongestRefRecord = INT16_MAX;
 
-// True when a saver has a buffer to work on. A missing size counts as a missing buffer.
-inline bool HasBuffer(const uint32_t* buffer, const uint32_t* size) {
-  return buffer != nullptr && size != nullptr && *buffer != 0;
-}
-
 // Calls visit(block, at) for each record of the graph. *end (unless null) is then the offset of the graph's end record, where a new record
 // goes. Result: kRefDone; kRefNoObject; kRefHeadNotMet.
 template <class Visit>

@@ -6,6 +6,7 @@
 #include "foundation/memory_pool.h"
 #include "reference/compact_reference.h"
 #include "reference/reference_name.h"
+#include "reference/stream_transfer.h"
 #include "workbook/biff_version.h"
 #include "workbook/buffer_end.h"
 #include "workbook/globals_patch.h"
@@ -119,8 +120,7 @@ int32_t ReadImage(const char* path, uint32_t* image, uint32_t* size) {
   if (static_cast<int32_t>(*size) <= 0) return kStreamEmpty;
   *image = MEMORYALLOC(static_cast<int32_t>(*size));
   if (*image == 0) return kNoImageBlock;
-  uint32_t moved = 0;
-  if (stream.item->Read(BlockBytes(*image), *size, &moved) != kStmDone || moved != *size) {
+  if (!ReadWhole(stream.item, *image, *size)) {
     MEMORYFREE(image);
     return kNotRead;
   }

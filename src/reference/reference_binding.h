@@ -1,4 +1,5 @@
-// The stamp that ties a workbook to a reference: a hidden FORMAT record in its globals.
+// The stamp that ties a workbook to a reference: a hidden FORMAT record in its globals. And two small exports that hosts call beside it: the
+// compaction of a reference in memory, and the release of a block.
 //
 //   OFFSET  SIZE  FIELD
 //        0     2  type 0x041E

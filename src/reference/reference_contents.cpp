@@ -2,13 +2,12 @@
 #include "reference/reference_contents.h"
 
 #include <algorithm>
-#include <climits>
-#include <cstring>
 #include <memory>
 #include <new>
 
 #include "foundation/memory_pool.h"
 #include "reference/reference_records.h"
+#include "reference/stream_transfer.h"
 #include "workbook/stm_file.h"
 
 namespace tolvenar {
@@ -94,12 +93,6 @@ void GatherIds(const Block& image, uint32_t list, uint32_t places, uint64_t with
   }
 }
 
-void PutRecord(const Block& block, uint32_t at, uint8_t low, uint32_t field) {
-  PutU16(block, at, ReferenceType(low));
-  PutU16(block, at + kRecordLength, kRefRecordSize - kHeaderSize);
-  PutU32(block, at + kRefField, field);
-}
-
 // Builds the image of the first `count` ids of the list. Releases the list, unless there is no block.
 int16_t BuildImage(uint32_t* list, uint32_t count, uint32_t* image, uint32_t* size) {
   constexpr uint32_t kMost = INT32_MAX / kRefRecordSize - 2;
@@ -108,11 +101,11 @@ int16_t BuildImage(uint32_t* list, uint32_t count, uint32_t* image, uint32_t* si
   if (*image == 0) return kContentsNoImage;
   const Block to = OpenBlock(*image);
   const Block ids = OpenBlock(*list);
-  PutRecord(to, 0, kLowRefHeader, count);
+  PutRefRecord(to, 0, kLowRefHeader, count);
   for (uint32_t i = 0; i < count; ++i) {
-    PutRecord(to, (i + 1) * kRefRecordSize, kLowRefId, U32At(ids, i * kIdSize));
+    PutRefRecord(to, (i + 1) * kRefRecordSize, kLowRefId, U32At(ids, i * kIdSize));
   }
-  PutRecord(to, (count + 1) * kRefRecordSize, kLowRefEnd, 0);
+  PutRefRecord(to, (count + 1) * kRefRecordSize, kLowRefEnd, 0);
   MEMORYFREE(list);
   return kContentsDone;
 }
@@ -127,8 +120,7 @@ int16_t ReadContents(StmFFile* file, uint32_t* image, uint32_t* size) {
   if (static_cast<int32_t>(*size) <= 0) return kContentsEmpty;
   *image = MEMORYALLOC(static_cast<int32_t>(*size));
   if (*image == 0) return kContentsNoBlock;
-  uint32_t moved = 0;
-  if (stream.item->Read(BlockBytes(*image), *size, &moved) != kStmDone || moved != *size) {
+  if (!ReadWhole(stream.item, *image, *size)) {
     MEMORYFREE(image);
     return kContentsNotRead;
   }
@@ -162,9 +154,7 @@ int16_t DropId(uint32_t* image, uint32_t* size, uint32_t id) {
 int16_t WriteContents(StmFFile* file, uint32_t* image, uint32_t size) {
   StmFItemHolder stream;
   const int32_t made = file->CreateStream(kContentsStream, &stream.item, true);
-  uint32_t moved = 0;
-  const bool written =
-      made == kStmDone && stream.item->Write(BlockBytes(*image), size, &moved) == kStmDone && moved == size;
+  const bool written = made == kStmDone && WriteWhole(stream.item, *image, size);
   MEMORYFREE(image);
   if (made != kStmDone) return kContentsNotMade;
   if (!written) return kContentsNotWritten;

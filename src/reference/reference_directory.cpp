@@ -28,9 +28,7 @@ void JudgeRecord(ObjectWalk* object) {
   const Block& block = object->walk.block;
   const uint32_t at = object->walk.at;
   object->lost = object->walk.ended || At(block, at, kHeaderSize) == nullptr;
-  if (!object->lost && IsChart(block, at, object->head) && U16At(block, at + kObjectId) == object->id) {
-    object->seen = true;
-  }
+  if (!object->lost && AtObjectHead(*object)) object->seen = true;
   object->at_ref_end = !object->lost && IsChart(block, at, kLowRefEnd);
   object->ended = object->lost || object->at_ref_end || (object->seen && IsChart(block, at, object->end));
 }

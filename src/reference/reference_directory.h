@@ -1,5 +1,5 @@
 // The directory of a ReferenceBuffer, and what all exports on its objects share: find an object, walk it, put a record into it, make a new
-// one. The records are those of reference_records.h.
+// one. The records are those of reference_records.h. Lookups and walks are in reference_directory.cpp, changes in reference_edit.cpp.
 //
 // Invariants: (1) A directory is valid when the u32 at offset 4 leads to a REFMARK whose next real record is REFDIR. (2) What stands in a
 // REFENTRY or in the REFHEADER leads to its record after every PatchReference: a patch before a record of less than 8 bytes displaces the
@@ -29,12 +29,17 @@ constexpr int16_t kRefNotPatched = -4;  // creation: a patch failed
 constexpr int16_t kRefNotAppended = -5;
 constexpr int16_t kRefNotReplaced = -6;
 
+// True when an export has a buffer to work on. A missing size counts as a missing buffer.
+inline bool HasBuffer(const uint32_t* buffer, const uint32_t* size) {
+  return buffer != nullptr && size != nullptr && *buffer != 0;
+}
+
 // Offset that no record has.
 constexpr uint32_t kNoRecord = 0;
 
 // Kind word of chart edit `number`; a number of 0 wraps.
 constexpr uint16_t EditKindWord(uint16_t number) {
-  return static_cast<uint16_t>(number * kKindNumberUnit - (kKindNumberUnit - kKindEdit));
+  return static_cast<uint16_t>(kKindEdit + (number - 1) * kKindNumberUnit);
 }
 
 // True when the buffer has a valid directory; *mark (unless null) is then the offset of the live REFMARK.
@@ -75,6 +80,17 @@ struct ObjectWalk {
 // Starts the walk of a table or a graph. Result: kRefDone; kRefNoObject, whatever the cause.
 int16_t StartObject(uint32_t buffer, uint16_t id, uint16_t kind_word, ObjectWalk* object);
 void StepObject(ObjectWalk* object);
+
+// True when the walk stands at the head that it looks for.
+inline bool AtObjectHead(const ObjectWalk& object) {
+  return IsChart(object.walk.block, object.walk.at, object.head) &&
+         U16At(object.walk.block, object.walk.at + kObjectId) == object.id;
+}
+
+// True when the walk stands at a record of this low byte, inside the object.
+inline bool AtObjectRecord(const ObjectWalk& object, uint8_t low) {
+  return object.seen && IsChart(object.walk.block, object.walk.at, low);
+}
 
 // PatchRecord for reference streams: the same results and effects, and what pointed to a record that the patch displaced besides the one at
 // `at` points to its new place: the REFHEADER of a live mark, the REFENTRY of an object, chart edits included. A displaced head to which no

@@ -54,13 +54,6 @@ void FollowRecord(uint32_t buffer, uint32_t size, uint32_t from, uint32_t to) {
   PutU32(block, named + kRefEntryOffset, to);
 }
 
-// Writes a record of one u32 field.
-void BuildRefRecord(uint8_t* bytes, uint8_t low) {
-  WriteU16(bytes + kRecordTypeLow, ReferenceType(low));
-  WriteU16(bytes + kRecordLength, kRefRecordSize - kHeaderSize);
-  WriteU32(bytes + kRefField, 0);
-}
-
 // Patches `count` bytes in by way of a pool block, which is released.
 int16_t PatchByBlock(uint32_t* buffer, uint32_t* size, const uint8_t* bytes, uint32_t at, uint32_t count) {
   uint32_t scratch = MEMORYALLOC(static_cast<int32_t>(count));
@@ -90,7 +83,7 @@ int16_t AddEntry(uint32_t* buffer, uint32_t* size, uint32_t mark, uint16_t id, u
 int16_t RenewMark(uint32_t* buffer, uint32_t* size, uint32_t mark) {
   const uint32_t behind = NextRecord(OpenBlock(*buffer), mark);
   uint8_t bytes[kRefRecordSize];
-  BuildRefRecord(bytes, kLowRefMark);
+  PutRefRecord({bytes, sizeof bytes}, 0, kLowRefMark, 0);
   const int16_t patched = PatchByBlock(buffer, size, bytes, behind, sizeof bytes);
   if (patched != kRefDone) return patched;
   const Block block = OpenBlock(*buffer);

@@ -6,6 +6,7 @@
 #include "reference/reference_contents.h"
 #include "reference/reference_name.h"
 #include "reference/reference_records.h"
+#include "reference/stream_transfer.h"
 #include "workbook/buffer_end.h"
 #include "workbook/stm_file.h"
 
@@ -63,19 +64,12 @@ constexpr NewRecord kNewReference[] = {
     {kLowRefEnd, 0, kEndNotWritten},
 };
 
-bool WriteWhole(StmFItem* item, uint32_t block, uint32_t count) {
-  uint32_t moved = 0;
-  return item->Write(BlockBytes(block), count, &moved) == kStmDone && moved == count;
-}
-
 // Writes the records one by one through the first 8 bytes of a pool block.
 template <size_t N>
 int16_t WriteRecords(StmFItem* item, uint32_t scratch, const NewRecord (&records)[N]) {
   const Block block = OpenBlock(scratch);
   for (const NewRecord& record : records) {
-    PutU16(block, 0, ReferenceType(record.low));
-    PutU16(block, kRecordLength, kRefRecordSize - kHeaderSize);
-    PutU32(block, kRefField, record.field);
+    PutRefRecord(block, 0, record.low, record.field);
     if (!WriteWhole(item, scratch, kRefRecordSize)) return record.failure;
   }
   return kDone;
@@ -154,9 +148,7 @@ int16_t ReadReference(const char* path, uint32_t* buffer, uint32_t* size, int32_
   *size += kBufEndSize;
   *buffer = *size > INT32_MAX ? 0 : MEMORYALLOC(static_cast<int32_t>(*size));
   if (*buffer == 0) return kNoBlock;
-  const uint32_t count = *size - kBufEndSize;
-  uint32_t moved = 0;
-  if (stream.item->Read(BlockBytes(*buffer), count, &moved) != kStmDone || moved != count) {
+  if (!ReadWhole(stream.item, *buffer, *size - kBufEndSize)) {
     MEMORYFREE(buffer);
     return kNotMoved;
   }

@@ -33,14 +33,19 @@ constexpr uint8_t kLowRefEnd = 0xFE;
 constexpr uint8_t kLowRefId = 0xFD;  // in the directory of a file
 constexpr uint32_t kRefField = kHeaderSize;
 constexpr uint32_t kRefRecordSize = kHeaderSize + 4;
-constexpr uint32_t kRefHeaderMark = kRefField;  // u32: offset of the live REFMARK
-constexpr uint32_t kRefEntryKindWord =
-    kRefField;                                 // u16: kind, and of a chart edit its number less 1 above it
-constexpr uint32_t kRefEntryKind = kRefField;  // u8
+constexpr uint32_t kRefHeaderMark = kRefField;       // u32: offset of the live REFMARK
+constexpr uint32_t kRefEntryKindWord = kRefField;    // u16: kind; above it the number less 1 of a chart edit
 constexpr uint32_t kRefEntryNumber = kRefField + 1;  // u8
 constexpr uint32_t kRefEntryId = 6;                  // u16
 constexpr uint32_t kRefEntryOffset = 8;              // u32: offset of the object
 constexpr uint32_t kRefEntrySize = 12;
+
+// Writes a record whose payload is one u32 field.
+inline void PutRefRecord(const Block& block, uint32_t at, uint8_t low, uint32_t field) {
+  PutU16(block, at + kRecordTypeLow, ReferenceType(low));
+  PutU16(block, at + kRecordLength, kRefRecordSize - kHeaderSize);
+  PutU32(block, at + kRefField, field);
+}
 
 // Kind words.
 constexpr uint16_t kKindTable = 1;
@@ -100,11 +105,10 @@ constexpr uint32_t kGraphTableSize = 7;
 constexpr uint32_t kGraphPropsValues = 4;
 constexpr uint32_t kGraphPropsCount = 128;  // i32 each
 constexpr uint32_t kGraphPropsSize = 516;
-constexpr uint32_t kSelVisSet = 4;        // u8
-constexpr uint32_t kSelVisCount = 5;      // i16
-constexpr uint32_t kSelVisFlags = 7;      // count / 8 + 1 bytes
-constexpr uint32_t kGraphFontValues = 4;  // 4 x u16
-constexpr uint32_t kGraphFontSize = 12;
+constexpr uint32_t kSelVisSet = 4;         // u8
+constexpr uint32_t kSelVisCount = 5;       // i16
+constexpr uint32_t kSelVisFlags = 7;       // count / 8 + 1 bytes
+constexpr uint32_t kGraphFontValues = 4;   // 4 x u16
 constexpr uint32_t kGraphDoubleValue = 4;  // 8 bytes
 constexpr uint32_t kGraphDoubleSize = 12;
 constexpr uint32_t kGraphTextLength = 4;  // i16
@@ -112,9 +116,7 @@ constexpr uint32_t kGraphText = 6;
 constexpr uint32_t kSetItem = 4;        // 16 bits: index, of SETTEXT, SETINT and SETLONG
 constexpr uint32_t kSetTextLength = 6;  // i16
 constexpr uint32_t kSetText = 8;
-constexpr uint32_t kSetValue = 6;  // u16 of SETINT, u32 of SETLONG
-constexpr uint32_t kSetIntSize = 8;
-constexpr uint32_t kSetLongSize = 10;
+constexpr uint32_t kSetValue = 6;     // u16 of SETINT, u32 of SETLONG
 constexpr uint32_t kSetRunSet = 4;    // u8
 constexpr uint32_t kSetRunFirst = 5;  // i16
 constexpr uint32_t kSetRunLast = 7;   // i16

@@ -87,7 +87,7 @@ uint32_t MakeRecord(uint32_t number, const CellContent& content, uint32_t* count
 
 int16_t SaveCell(uint32_t* buffer, uint32_t* size, int16_t table, const TableCoordinates& cell,
                  const CellContent& content) {
-  if (buffer == nullptr || size == nullptr || *buffer == 0) return kRefNoBuffer;
+  if (!HasBuffer(buffer, size)) return kRefNoBuffer;
   const uint16_t id = static_cast<uint16_t>(table < 0 ? -int32_t{table} : table);
   CellSearch search;
   const int16_t found = FindCellRecord(*buffer, id, cell, content.low, Wanted::kLast, &search);

@@ -11,7 +11,7 @@ namespace tolvenar {
 
 namespace {
 
-constexpr uint32_t kValueSize = 4;  // of a position value, and of a row's mark
+constexpr uint32_t kMarkSize = 4;  // of a row's mark in the mask
 
 // What is known of a box while it is looked for.
 struct Box {
@@ -25,7 +25,7 @@ struct Box {
 };
 
 uint32_t ValueAt(const Box& box, const GridCell& cell) {
-  return U32At(box.values, (box.first + PlaceOf(box.strides, cell)) * kValueSize);
+  return U32At(box.values, (box.first + PlaceOf(box.strides, cell)) * kPositionSize);
 }
 
 uint32_t ExpectedAt(const Box& box, const GridCell& cell) {
@@ -60,10 +60,10 @@ int32_t MarkRow(const Box& box, const Block& mask, const GridStrides& strides, c
   int32_t limit = box.extents[0];
   for (uint32_t k = 1; k < kGridDimensions; ++k) {
     if (cell[k] == 0) continue;
-    limit = std::min(limit, static_cast<int32_t>(U32At(mask, (place - strides[k]) * kValueSize)));
+    limit = std::min(limit, static_cast<int32_t>(U32At(mask, (place - strides[k]) * kMarkSize)));
   }
   const int32_t length = RowLength(box, cell, limit);
-  PutU32(mask, place * kValueSize, static_cast<uint32_t>(length));
+  PutU32(mask, place * kMarkSize, static_cast<uint32_t>(length));
   return length;
 }
 
@@ -98,8 +98,8 @@ void TakeLargest(Box* box, const Block& mask) {
 // The block of the mask has room for the remaining array of `volume` cells, whether so much is needed or not; it is not zeroed, since the
 // remaining array may be large and a box small.
 int16_t FitBox(Box* box, int64_t volume) {
-  const bool too_large = volume > INT32_MAX / int64_t{kValueSize};
-  uint32_t mask = too_large ? 0 : AllocateForOverwrite(static_cast<int32_t>(volume * kValueSize));
+  const bool too_large = volume > INT32_MAX / int64_t{kMarkSize};
+  uint32_t mask = too_large ? 0 : AllocateForOverwrite(static_cast<int32_t>(volume * kMarkSize));
   if (mask == 0) return kBoxNoMask;
   TakeLargest(box, OpenBlock(mask));
   MEMORYFREE(&mask);
@@ -138,7 +138,7 @@ int16_t WriteBox(const Box& box, bool alone, uint32_t* buffer, uint32_t* size, u
   MEMORYFREE(&record);
   if (patched != kPatchDone) return alone ? kBoxCellNotPatched : kBoxNotPatched;
   VisitPlaces(kGridOrigin, box.extents, [&](const GridCell& cell) {
-    PutU32(box.values, (box.first + PlaceOf(box.strides, cell)) * kValueSize, 0);
+    PutU32(box.values, (box.first + PlaceOf(box.strides, cell)) * kPositionSize, 0);
   });
   return kBoxDone;
 }
@@ -151,7 +151,7 @@ int16_t EncodeTableBox(uint32_t* buffer, uint32_t* size, uint32_t at, uint32_t v
   box.values = OpenBlock(values);
   box.strides = StridesOf({d1, d2, d3, d4});
   box.first = LinearCellIndex(a, b, c, d, d1, d2, d3, d4);
-  box.base = U32At(box.values, box.first * kValueSize);
+  box.base = U32At(box.values, box.first * kPositionSize);
   box.extents = {d1 - a, d2 - b, d3 - c, d4 - d};
   for (uint32_t k = 0; k < kGridDimensions; ++k) FindStep(&box, k);
   const int64_t volume = VolumeOf(box.extents);

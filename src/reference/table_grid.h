@@ -1,4 +1,5 @@
-// The grid of a table's cells, in four dimensions: their places, and two orders to visit them in.
+// The grid of a table's cells, in four dimensions: their places, and two orders to visit them in. Their position values stand in pool blocks,
+// in the order of the places.
 //
 //   place of cell (a, b, c, d) in sizes (D1, D2, D3, D4)      ((d x D3 + c) x D2 + b) x D1 + a, modulo 2^32
 //
@@ -12,6 +13,7 @@
 namespace tolvenar {
 
 constexpr uint32_t kGridDimensions = 4;
+constexpr uint32_t kPositionSize = 4;  // of a position value, in bytes
 
 // Coordinates, 0-based, or sizes; dimension 1 first. What comes from a record or a call has 16 signed bits.
 using GridCell = std::array<int32_t, kGridDimensions>;

@@ -12,8 +12,6 @@ namespace tolvenar {
 
 namespace {
 
-constexpr uint32_t kValueSize = 4;
-
 int16_t CheckTableArray(SAFEARRAY* array, const GridCell& sizes) {
   IndexRange ranges[kGridDimensions];
   for (uint32_t k = 0; k < kGridDimensions; ++k) ranges[k] = {1, sizes[k]};
@@ -29,7 +27,7 @@ void LoadValues(SAFEARRAY* array, const GridCell& sizes, uint32_t values) {
     for (uint32_t k = 0; k < kGridDimensions; ++k) index[k] = cell[k] + 1;
     uint32_t value = 0;
     platform::GetBytes(array, index, &value, sizeof value);
-    PutU32(block, PlaceOf(strides, cell) * kValueSize, value);
+    PutU32(block, PlaceOf(strides, cell) * kPositionSize, value);
   });
 }
 
@@ -39,7 +37,7 @@ bool EncodeValues(uint32_t* buffer, uint32_t* size, uint32_t at, const GridCell&
   const GridStrides strides = StridesOf(sizes);
   const auto narrow = [](int32_t value) { return static_cast<int16_t>(value); };
   return VisitCells(kGridOrigin, sizes, [&](const GridCell& cell) {
-    if (U32At(block, PlaceOf(strides, cell) * kValueSize) == 0) return true;
+    if (U32At(block, PlaceOf(strides, cell) * kPositionSize) == 0) return true;
     return EncodeTableBox(buffer, size, at, values, narrow(cell[0]), narrow(cell[1]), narrow(cell[2]),
                           narrow(cell[3]), narrow(sizes[0]), narrow(sizes[1]), narrow(sizes[2]),
                           narrow(sizes[3])) == kBoxDone;
@@ -48,7 +46,7 @@ bool EncodeValues(uint32_t* buffer, uint32_t* size, uint32_t at, const GridCell&
 
 // A pool block for a value of each cell; 0 when there is none. Sizes whose product is negative fit every block, and have no cells.
 uint32_t TakeValues(const GridCell& sizes) {
-  const int64_t bytes = VolumeOf(sizes) * int64_t{kValueSize};
+  const int64_t bytes = VolumeOf(sizes) * int64_t{kPositionSize};
   if (bytes > INT32_MAX) return 0;
   return MEMORYALLOC(static_cast<int32_t>(std::max<int64_t>(bytes, INT32_MIN)));
 }
@@ -140,7 +138,7 @@ void PutBlock(Target* target, const Block& block, uint32_t at) {
 }  // namespace
 
 int16_t XLRFillTable(uint32_t* buffer, uint32_t* size, SAFEARRAY** array, uint16_t table) {
-  if (buffer == nullptr || size == nullptr || *buffer == 0) return kRefNoBuffer;
+  if (!HasBuffer(buffer, size)) return kRefNoBuffer;
   ObjectWalk object;
   const int16_t found = StartObject(*buffer, table, kKindTable, &object);
   if (found != kRefDone) return found;

@@ -194,6 +194,23 @@ TEST_F(CompactReferenceTest, ABufferThatFillsItsSlotWithoutABufEndGetsOneInALarg
   EXPECT_EQ(LiveBlocks(), 1u);
 }
 
+TEST_F(CompactReferenceTest, ACopyThatFindsNoLargerSlotForItsBufEndIsFreed) {
+  uint32_t slots[8];
+  for (uint32_t& slot : slots) slot = MEMORYALLOC(1);
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + RefRecord(0xFE, 0);
+  const Bytes stream = RefRecord(0xFF, 8 + 480) + Bytes{0xE5, 0x10, 0xDC, 0x01} + Bytes(476, 9) + tail;
+  ASSERT_EQ(stream.size(), 512u);
+  Load(stream);
+  size_ = 512;            // the last four bytes are not of the stream
+  MEMORYFREE(&slots[1]);  // 512 bytes: the copy fills it
+  const uint32_t old = buffer_;
+  EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
+  EXPECT_EQ(buffer_, old);
+  EXPECT_EQ(size_, 512u);
+  EXPECT_EQ(Hex(BlockContents(buffer_, 512)), Hex(stream));
+  EXPECT_EQ(LiveBlocks(), 8u);
+}
+
 TEST_F(CompactReferenceTest, ABufEndAtTheEndOfItsSlotEndsTheWalk) {
   const Bytes stream = RefRecord(0xFF, 0) + Bytes{0xE5, 0x10, 236, 0} + Bytes(236, 9) + kTableEnd;
   Load(stream);

@@ -307,6 +307,22 @@ TEST_F(ReferenceBindingTest, AFormatThatDiffersInOneOfTheThreeBytesIsNoStamp) {
   }
 }
 
+TEST_F(ReferenceBindingTest, ARecordWithTheChartBitIsNoFormatAndEndsTheRun) {
+  const std::string path = folder_.File("book.xls");
+  const Bytes stamp = Stamp("77      ");
+  StreamBuilder stream;
+  stream.Bof(6).Record(kFormat, kCurrency).Record(0x101E, Bytes(stamp.begin() + 4, stamp.end())).Raw(stamp);
+  Load(stream.Eof());
+  ASSERT_TRUE(WriteWorkbook(path, "Workbook", stream.Stream()));
+  EXPECT_EQ(XLGetReference(path.c_str()), 0);
+  EXPECT_EQ(Unbind(), -1);
+  ASSERT_EQ(Insert(5), 0);
+  StreamBuilder expected;
+  expected.Bof(6).Record(kFormat, kCurrency).Raw(Stamp("5       "));
+  const Bytes walked = WalkedStream(buffer_);
+  EXPECT_EQ(Hex(Bytes(walked.begin(), walked.begin() + expected.Here())), Hex(expected.Stream()));
+}
+
 TEST_F(ReferenceBindingTest, AnEmptyRangeHasNoStampAndTakesOneAtItsEnd) {
   LoadFormats();
   ASSERT_EQ(Insert(7), 0);

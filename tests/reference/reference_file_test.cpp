@@ -153,6 +153,23 @@ TEST_F(ReferenceFileTest, TheCountRulesWhereTheWalkFoundOtherIds) {
   EXPECT_EQ(Listed(), Hex(Contents({1})));
 }
 
+TEST_F(ReferenceFileTest, TheCountRulesInADeletionToo) {
+  const struct {
+    Bytes before, after;
+  } cases[] = {{Contents({9, 2, 3}, 2), Contents({2})},           // more ids than counted
+               {Contents({1, 2, 3}, 2), Contents({1})},           // and none of them is the one
+               {Contents({1}, 3), Contents({1, 0})},              // fewer
+               {Contents({1, 9, 9, 3}), Contents({1, 3, 0})},     // all that are the one go
+               {Contents({9, 1}, 0xFFFFFFFF), Contents({}, 0)}};  // below 0: as none
+  for (const auto& one : cases) {
+    Start(one.before);
+    ASSERT_TRUE(AddStream(path_, "9       ", {7}));
+    EXPECT_EQ(Delete(9), 0);
+    EXPECT_EQ(Listed(), Hex(one.after));
+    EXPECT_EQ(LiveBlocks(), 0u);
+  }
+}
+
 TEST_F(ReferenceFileTest, RecordsThatAreNoIdsArePassedOver) {
   const Bytes other = {0x12, 0x10, 4, 0, 3, 0, 0, 0};
   Start(RefRecord(0xFF, 2) + other + RefRecord(0xFD, 1) + other + Bytes{0xFD, 0x00, 4, 0, 4, 0, 0, 0} +
@@ -232,6 +249,44 @@ TEST_F(ReferenceFileTest, ReadingTellsWhatIsMissing) {
   EXPECT_EQ(Read(1), 103);
   EXPECT_EQ(size_, 0u);
   EXPECT_EQ(LiveBlocks(), 0u);
+}
+
+TEST_F(ReferenceFileTest, AFailedReadClearsTheBufferAndKeepsTheSizeUntilTheStreamIsOpen) {
+  const Bytes file = FileBytes(path_);
+  for (const int32_t result : {101, 102, -10}) {
+    FillBut(result == -10 ? 0 : 9, file);
+    buffer_ = 5;
+    size_ = 77;
+    const std::string path = result == 101 ? folder_.File("missing.ref") : path_;
+    EXPECT_EQ(XLReadReference(path.c_str(), &buffer_, &size_, 1), result);
+    EXPECT_EQ(buffer_, 0u) << result;
+    EXPECT_EQ(size_, 77u) << result;
+  }
+}
+
+TEST_F(ReferenceFileTest, AReferenceThatNoFreeSlotHoldsIsToldWithItsSize) {
+  ASSERT_TRUE(AddStream(path_, "1       ", Bytes(1000)));
+  uint32_t small = MEMORYALLOC(1);
+  while (LiveBlocks() < 9) ASSERT_NE(MEMORYALLOC(1), 0u);
+  MEMORYFREE(&small);  // for the name
+  buffer_ = 5;
+  EXPECT_EQ(Read(1), 5);
+  EXPECT_EQ(buffer_, 0u);
+  EXPECT_EQ(size_, 1004u);
+  EXPECT_EQ(LiveBlocks(), 8u);
+}
+
+TEST_F(ReferenceFileTest, AFileThatIsOpenElsewhereCantBeOpened) {
+  ASSERT_EQ(CreateOne(), 1);
+  StmFFile elsewhere;
+  ASSERT_EQ(elsewhere.Open(path_.c_str()), kStmDone);
+  EXPECT_EQ(CreateOne(), -3);
+  EXPECT_EQ(Delete(1), -3);
+  EXPECT_EQ(Read(1), 101);
+  Load(kNewStream);
+  EXPECT_EQ(Save(1), 101);
+  elsewhere.Abandon();
+  EXPECT_EQ(Save(1), 0);
 }
 
 TEST_F(ReferenceFileTest, ReadingIntoNothingLeavesNothing) {

@@ -263,6 +263,24 @@ TEST_P(TablePositionsTest, AnArrayLargerThanAnyBlockIsRefused) {
   EXPECT_EQ(LiveBlocks(), 1u);
 }
 
+TEST_P(TablePositionsTest, ValuesInFrontOfTheHeadDontCount) {
+  MakeTable({2, 2, 2, 2});
+  Values values(16);
+  values[15] = 77;
+  values[0] = 1;
+  values[1] = 2;
+  ASSERT_EQ(Fill(values), 0);
+  ASSERT_EQ(XLRCreateTable(&buffer_, &size_, 2, 2, 2, 2), 3);
+  RepointRefEntry(buffer_, 3, kKindTable, static_cast<uint32_t>(FindRefEntry(buffer_, 1, kKindTable)));
+  TableArray array(sizes_);
+  EXPECT_EQ(XLRGetRefTable(buffer_, 3, array.Ref()), 0);
+  EXPECT_EQ(array.All(), Values(16));
+  array.Set(1, 1, 1, 1, 9);
+  EXPECT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 3), 0);
+  EXPECT_EQ(Objects(), With(CellPosition(15, 77) + BoxPosition(1, 0, 1, 2, 0, 0)) +
+                           Hex(TableHeadOf(3, 2, 2, 2, 2) + CellPosition(0, 9) + kTableEnd));
+}
+
 // Records that this library doesn't make.
 class OddPositionsTest : public RefContentsTest {
  protected:
@@ -331,6 +349,21 @@ TEST_F(OddPositionsTest, ATableWithoutCellsDividesByNothing) {
     const Bytes content = CellPosition(0x80000000, 1) + BoxPosition(1, 3, 1, 2, 0, 0);
     EXPECT_EQ(ReadOf(content, sizes), Values{});
   }
+}
+
+TEST_F(OddPositionsTest, ATableWithoutAnEndEndsWithTheDirectory) {
+  const Bytes object = TableHeadOf(1, 2, 1, 1, 1) + BoxPosition(1, 0, 10, 2, 0, 0);
+  const Bytes front = RefRecord(0xFF, static_cast<uint32_t>(8 + object.size())) + object +
+                      RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8);
+  Load(front + RefRecord(0xFE, 0));
+  TableArray array({2, 1, 1, 1});
+  EXPECT_EQ(XLRGetRefTable(buffer_, 1, array.Ref()), 0);
+  EXPECT_EQ(array.All(), (Values{10, 11}));
+  array.SetAll({20, 21});
+  EXPECT_EQ(XLRFillTable(&buffer_, &size_, array.Ref(), 1), 0);
+  EXPECT_EQ(Hex(WalkedStream(buffer_)), Hex(front + BoxPosition(1, 0, 20, 2, 0, 0) + RefRecord(0xFE, 0)));
+  EXPECT_EQ(XLRGetRefTable(buffer_, 1, array.Ref()), 0);
+  EXPECT_EQ(array.All(), (Values{20, 21}));
 }
 
 TEST_F(OddPositionsTest, TheFirstOfTwoHeadsThatDiffersFromTheArrayEndsTheReading) {

@@ -166,6 +166,7 @@ TEST_F(ReferenceFaultsTest, ShortTransfersOfAReferenceAreFailures) {
   FakeDisk().ShortenNext("read");
   EXPECT_EQ(XLReadReference(kPath, &buffer, &size, 1), 6);
   EXPECT_EQ(buffer, 0u);
+  EXPECT_EQ(size, kOldStream.size() + 4);
   EXPECT_EQ(LiveBlocks(), 0u);
   buffer = StreamBuilder().Raw(kNewStream).Load(&size);
   FakeDisk().ShortenNext("write");
