@@ -47,11 +47,6 @@ void WriteFields(RecordPen* pen, Fields... fields) {
   (WriteField(pen, fields), ...);
 }
 
-// Leaves `count` bytes zero.
-inline void SkipBytes(RecordPen* pen, uint32_t count) {
-  pen->at += count;
-}
-
 // Takes a block of `total` bytes and writes the header of a record whose payload is `length` bytes, which is
 // not everywhere the rest of the block.
 inline RecordPen StartRecordOfLength(uint16_t type, uint16_t length, uint32_t total) {
