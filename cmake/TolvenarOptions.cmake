@@ -1,4 +1,4 @@
-# Compiler options of everything in the project: warnings are errors, and the sanitizers when asked for.
+# Compiler options of everything in the project: warnings are errors; the sanitizers and the counts of lines when asked for.
 add_library(tolvenar_options INTERFACE)
 target_compile_options(tolvenar_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 target_compile_features(tolvenar_options INTERFACE cxx_std_20)

@@ -6,8 +6,9 @@
 // The sheet "Orders" has 10,000 rows of texts, dates, counts and amounts, of which only a slice of 500 is in
 // memory at a time; "Products" is small and goes out in one call. Each column has its number format through
 // an XF that every new workbook brings along; in the BIFF5 workbook the headers of "Orders" are bold and the
-// amounts have a format of their own, through a font, a format and XFs that are looked up and so added. Numbers in new sheets have seven digits, dates no time of day;
-// docs/new-workbooks.md tells what other programs make of the results.
+// amounts have a format of their own, through a font, a format and XFs that are looked up and so added.
+// Numbers in new sheets have seven digits, dates no time of day; docs/new-workbooks.md tells what other
+// programs make of the results.
 //
 // Exit status: 0 all is well; 1 something could not be done, and a sentence says what; 2
 // called in another way, and the usage is shown.

@@ -898,6 +898,7 @@ TOLVENAR_API int16_t TOLVENAR_CALL XLRSaveTextRef(uint32_t* buffer, uint32_t* si
 /* Gives the first and second values of a set's text references. Result: as above. */
 TOLVENAR_API int16_t TOLVENAR_CALL XLRGetTextRef(uint32_t buffer, uint16_t graph, int16_t n,
                                                  SAFEARRAY** firsts, SAFEARRAY** seconds, uint16_t set);
+
 /* ---- What a reference holds: tables, graphs, chart edits --------------------------------------------------------------------
  *
  * Ids count from 1, those of tables and of graphs apart, and the lowest free one is given; above 32767 an id that is a result

@@ -1,7 +1,7 @@
 // XLRCreateGraph, XLRDeleteGraph, XLRUpdateGraph, XLRUpdateGraphTable, XLRTableByGraph.
 #include "reference/graph_object.h"
 
-#include "foundation/memory_pool.h"
+#include "reference/graph_visit.h"
 #include "reference/reference_delete.h"
 
 namespace tolvenar {
@@ -13,13 +13,10 @@ bool IsLink(const Block& block, uint32_t at, uint16_t link) {
 }
 
 int16_t AddLink(uint32_t* buffer, uint32_t* size, uint32_t end, uint16_t table, uint16_t link) {
-  uint32_t record = MEMORYALLOC(kGraphTableSize);
-  if (record == 0) return kGraphNoRecord;
-  const Block block = OpenBlock(record);
-  PutU16(block, kRecordTypeLow, ReferenceType(kLowGraphTable));
-  PutU16(block, kRecordLength, kGraphTableSize - kHeaderSize);
-  PutU8(block, kGraphTableLink, static_cast<uint8_t>(link));
-  PutU16(block, kGraphTableLinked, table);
+  uint32_t record = NewGraphRecord(ReferenceType(kLowGraphTable), kGraphTableSize);
+  if (record == 0) return kRefNoRecord;
+  PutU8(OpenBlock(record), kGraphTableLink, static_cast<uint8_t>(link));
+  PutU16(OpenBlock(record), kGraphTableLinked, table);
   return PutObjectRecord(buffer, size, kNoRecord, end, &record, kGraphTableSize);
 }
 
@@ -56,23 +53,18 @@ int16_t XLRUpdateGraph(uint32_t buffer, uint16_t graph, uint16_t table) {
 }
 
 int16_t XLRUpdateGraphTable(uint32_t* buffer, uint32_t* size, uint16_t graph, uint16_t table, uint16_t link) {
-  if (buffer == nullptr || size == nullptr || *buffer == 0) return kRefNoBuffer;
-  ObjectWalk object;
-  const int16_t found = StartObject(*buffer, graph, kKindGraph, &object);
+  if (!HasBuffer(buffer, size)) return kRefNoBuffer;
+  NotedRecord place;
+  const int16_t found = NoteLast(*buffer, graph, &place,
+                                 [link](const Block& block, uint32_t at) { return IsLink(block, at, link); });
   if (found != kRefDone) return found;
-  const Block block = object.walk.block;
-  uint32_t noted = kNoRecord;
-  for (; !object.ended; StepObject(&object)) {
-    if (object.seen && IsLink(block, object.walk.at, link)) noted = object.walk.at;
-  }
-  if (!object.seen) return kRefHeadNotMet;
-  if (noted == kNoRecord) {
-    return table != 0 ? AddLink(buffer, size, object.walk.at, table, link) : kRefDone;
+  if (place.noted == kNoRecord) {
+    return table != 0 ? AddLink(buffer, size, place.end, table, link) : kRefDone;
   }
   if (table != 0) {
-    PutU16(block, noted + kGraphTableLinked, table);
+    PutU16(OpenBlock(*buffer), place.noted + kGraphTableLinked, table);
   } else {
-    MarkRecordSlack(block, noted);
+    MarkRecordSlack(OpenBlock(*buffer), place.noted);
   }
   return kRefDone;
 }

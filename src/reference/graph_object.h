@@ -7,7 +7,6 @@
 namespace tolvenar {
 
 constexpr int16_t kGraphNotMet = -5;  // XLRUpdateGraph
-constexpr int16_t kGraphNoRecord = -4;
 
 // Makes a graph with the lowest free id. Once all 65535 are taken its id is 0.
 // RESULT: the id, which above 32767 reads as a negative number; or -1, -999, -2, -4, -998 as CreateRefObject tells.

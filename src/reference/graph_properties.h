@@ -17,7 +17,8 @@ namespace tolvenar {
 // in place of the old record failed: the buffer is released and *buffer is 0.
 int16_t XLRSaveProperties(uint32_t* buffer, uint32_t* size, SAFEARRAY** array, uint16_t graph);
 
-// Puts the values of the last record that passes the test into *array. Of a RESUME that is what lies behind its header, on purpose. Result, in this order: 0, also without a record; -3; -4 the bounds; -1; -997; -2.
+// Puts the values of the last record that passes the test into *array. Of a RESUME that is what lies behind its header, on purpose.
+// Result, in this order: 0, also without a record; -3; -4 the bounds; -1; -997; -2.
 int16_t XLRGetProperties(uint32_t buffer, SAFEARRAY** array, uint16_t graph);
 
 }  // namespace tolvenar

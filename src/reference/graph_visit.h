@@ -1,4 +1,4 @@
-// A visit to the records of one graph: what every saver and getter of slots and sets does first.
+// A visit to the records of one graph: what every saver and getter of slots, sets and links does first.
 //
 // Invariants: (1) A visitor sees the graph's head and what follows it, up to the graph's end; records in front of the head pass by unseen.
 // (2) Turning visited records into SLACK doesn't change the way, unless it is a RESUME.

@@ -1,4 +1,4 @@
-// Grounds for the exports that read charts: each is called on a small chart, with the pool failing under it.
+// Calls: the charts of a sheet.
 #include "faults/calls.h"
 #include "foundation/biff_records.h"
 #include "support/chart_builder.h"

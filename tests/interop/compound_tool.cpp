@@ -1,10 +1,10 @@
 // Drives the compound-file layer from the command line, so that independent programs can try what it wrote
 // and it can try what they wrote.
 //
-//   compound_tool create FILE NAME=SOURCE ...   makes FILE with streams NAME, each holding the bytes of the
-//   file SOURCE compound_tool put FILE NAME=SOURCE ...      makes or replaces streams in FILE compound_tool
-//   get FILE NAME                 writes the stream's bytes to standard output compound_tool destroy FILE
-//   NAME ...         removes streams or storages from FILE
+//   compound_tool create FILE NAME=SOURCE ...   makes FILE with streams NAME, each with the bytes of the file SOURCE
+//   compound_tool put FILE NAME=SOURCE ...      makes or replaces streams in FILE
+//   compound_tool get FILE NAME                 writes the stream's bytes to standard output
+//   compound_tool destroy FILE NAME ...         removes streams or storages from FILE
 //
 // Exits with 0, or with 1 and the failing call's result on standard error.
 #include <cstdio>

@@ -103,6 +103,19 @@ TEST_P(GraphObjectTest, ALaterGraphAnswersForALinkThatIsMissing) {
   EXPECT_EQ(TableOf(2, 3), 0);  // an earlier one doesn't
 }
 
+TEST_P(GraphObjectTest, WhatLiesBehindTheDirectoryIsNotReached) {
+  const Bytes behind = GraphLink(4, 5) + GraphHeadOf(1, 6) + kGraphEnd;
+  MEMORYFREE(&buffer_);
+  Load(RefRecord(0xFF, 20) + GraphHeadOf(3, 9) + kGraphEnd + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) +
+       Entry(2, 3, 8) + Entry(2, 1, 8) + RefRecord(0xFE, 0) + behind);
+  const Bytes before = Image();
+  EXPECT_EQ(TableOf(3, 4), 0);
+  EXPECT_EQ(TableOf(1, 0), -2);
+  EXPECT_EQ(XLRUpdateGraph(buffer_, 1, 7), -5);
+  EXPECT_EQ(Bind(1, 7, 4), -2);
+  EXPECT_EQ(Image(), before);
+}
+
 TEST_P(GraphObjectTest, ALinkAbove255IsStoredInEightBitsAndNotFoundByItsNumber) {
   EXPECT_EQ(Bind(1, 5, 0x102), 0);
   EXPECT_EQ(Bind(1, 6, 0x102), 0);
