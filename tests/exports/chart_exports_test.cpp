@@ -43,6 +43,7 @@ TEST_F(ChartExports, GraphData_Arguments) {
   TestArray cells(VT_I4, 1, 2, 1, 1);
   EXPECT_EQ(::XLGetGraphData(cells.Ref(), buffer_, table_, 1, 2), 0);
   EXPECT_EQ(cells.NumberAt(1, 1), 0x02000101);
+  EXPECT_EQ(::XLGetGraphData(cells.Ref(), buffer_, table_, 2, 1), 9);
 }
 
 TEST_F(ChartExports, SetData_Arguments) {
@@ -81,6 +82,7 @@ TEST_F(ChartExports, ChartData_Arguments) {
   EXPECT_EQ(properties.NumberAt(1), 7);
   EXPECT_EQ(properties.NumberAt(2), 2);
   EXPECT_EQ(properties.NumberAt(13), 6000);
+  EXPECT_EQ(::XLGetChartData(properties.Ref(), buffer_, table_, 2, 1), 9);
 }
 
 }  // namespace

@@ -115,6 +115,20 @@ INSTANTIATE_TEST_SUITE_P(OnceAndForGood, CompoundMemory, ::testing::Bool());
 class CompoundMemoryBound : public StorageTest {};
 
 // A file may claim what it likes: memory is taken only for what it holds.
+// Reads a byte of each of the two streams, and writes one into the small one; whether that can be done does not matter.
+void TouchStreams(platform::Storage* storage, size_t at) {
+  uint8_t byte = 0;
+  for (const char16_t* name : {u"s", u"mini"}) {
+    platform::Stream* stream = nullptr;
+    EXPECT_EQ(platform::StorageOpenStream(storage, name, platform::kModeExclusive, &stream), S_OK) << at;
+    EXPECT_LE(platform::StreamRead(stream, &byte, 1, nullptr), S_OK) << at;
+    if (name[0] == u'm') {
+      EXPECT_LE(platform::StreamWrite(stream, &byte, 1, nullptr), S_OK) << at;
+    }
+    platform::StreamRelease(stream);
+  }
+}
+
 TEST_F(CompoundMemoryBound, HugeClaims_TakeNoMemory) {
   CompoundBuilder builder;
   builder.AddStream("s", Pattern(5000));
@@ -128,19 +142,9 @@ TEST_F(CompoundMemoryBound, HugeClaims_TakeNoMemory) {
     damaged.PutU32(at, 0x7FFFFFFF);
     WriteFile(Path("file"), damaged.bytes);
     platform::Storage* storage = nullptr;
-    platform::Stream* stream = nullptr;
-    uint8_t byte = 0;
     ForgetRequests();
-    const HRESULT opened = platform::StorageOpen(path.c_str(), platform::kModeExclusive, &storage);
-    for (const char16_t* name : {u"s", u"mini"}) {
-      if (opened != S_OK) break;
-      EXPECT_EQ(platform::StorageOpenStream(storage, name, platform::kModeExclusive, &stream), S_OK) << at;
-      EXPECT_LE(platform::StreamRead(stream, &byte, 1, nullptr), S_OK) << at;
-      if (name[0] == u'm') {
-        EXPECT_LE(platform::StreamWrite(stream, &byte, 1, nullptr), S_OK) << at;
-      }
-      platform::StreamRelease(stream);
-    }
+    if (platform::StorageOpen(path.c_str(), platform::kModeExclusive, &storage) == S_OK)
+      TouchStreams(storage, at);
     platform::StorageRelease(storage);
     EXPECT_LE(LargestRequest(), image.bytes.size()) << at;
   }
