@@ -378,7 +378,7 @@ uint64_t AddressSpace() {
 }
 
 // In a process of its own: with room for slots 1 to 8 but not for 9, set-up fails and keeps what it took;
-// with the limit lifted the next MEMORYALLOC sets the pool up. Exits with 0 when all of that was so. (The
+// with the limit lifted the next MEMORYALLOC sets all of the pool up. Exits with 0 when all of that was so. (The
 // system's heap has no such limit to set.)
 void SetUpUnderALimit() {
   rlimit old{};
@@ -391,7 +391,8 @@ void SetUpUnderALimit() {
   const bool failed = MEMORYALLOC(1) == 0 && MEMORYHANDLES(&bytes, 0) == 0 && bytes == 0;
   const bool kept = AddressSpace() - before > 105000000;
   setrlimit(RLIMIT_AS, &old);
-  const bool recovered = MEMORYISHANDLE(MEMORYALLOC(1)) == 1;
+  bool recovered = true;
+  for (int32_t slot = 1; slot <= kSlotCount; ++slot) recovered &= MEMORYISHANDLE(MEMORYALLOC(1)) == slot;
   std::_Exit((failed ? 0 : 1) | (kept ? 0 : 2) | (recovered ? 0 : 4));
 }
 

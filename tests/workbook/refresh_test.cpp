@@ -203,8 +203,10 @@ TEST_F(RefreshTest, DeleteDBCells_RecordAtTheLimitIsNotSeen) {
 
 TEST_F(RefreshTest, DeleteDBCells_SizeOf2_IsTheFirstThatIsWalked) {
   const uint32_t index = StreamBuilder().Record(0x020B, Bytes(2)).Load(&size);
-  EXPECT_EQ(XLDeleteDBCells(index, 1), 0);
-  EXPECT_EQ(BlockContents(index, 2), (Bytes{0x0B, 0x02}));
+  for (const uint32_t none : {0u, 1u, 0x80000001u}) {  // less 1, as a signed number, they are below 1
+    EXPECT_EQ(XLDeleteDBCells(index, none), 0);
+    EXPECT_EQ(BlockContents(index, 2), (Bytes{0x0B, 0x02})) << none;
+  }
   EXPECT_EQ(XLDeleteDBCells(index, 2), 0);
   EXPECT_EQ(BlockContents(index, 2), (Bytes{0xFD, 0xFE}));
 }

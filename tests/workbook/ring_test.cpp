@@ -53,5 +53,12 @@ TEST_F(RingTest, OffsetsWrapAround32Bits) {
   EXPECT_EQ(Count(StreamBuilder().Detour(0xFFFFFFF0)), 5u);
 }
 
+// The block has 256 bytes.
+TEST_F(RingTest, RingOfAsManyRecordsAsTheBlockHasBytes_IsTheLongestThatIsFound) {
+  EXPECT_EQ(Count(StreamBuilder().Detour(0u - 255 * 4)), 256u);
+  MEMORYFREEALL();
+  EXPECT_EQ(Count(StreamBuilder().Detour(0u - 256 * 4)), 0u);
+}
+
 }  // namespace
 }  // namespace tolvenar::testing
