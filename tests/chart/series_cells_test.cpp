@@ -117,6 +117,18 @@ TEST_F(SeriesCells, OnlyKindOneDirectlyInASeries) {
   EXPECT_EQ(Items(1), Expected{});
 }
 
+// Charts keep the values that they show as cells: NUMBER records, of SERIES' low byte.
+TEST_F(SeriesCells, PlainRecordsOfTheSameLowBytes_AreNotTaken) {
+  const Bytes tokens = Ref3d(0, 9, 9);
+  ChartBuilder book = OneChart();
+  book.Chart().Begin().Record(0x0203, Bytes(14)).Series(1).Begin().Ai(1, Ref3d(0, 1, 1));
+  book.Record(0x0051, Bytes{1, 2, 0, 0, 0, 0} + U16(static_cast<uint16_t>(tokens.size())) + tokens);
+  LoadChart(book.End().End());
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(Items(1), (Expected{0x01000101}));
+  EXPECT_EQ(Items(2), Expected{});
+}
+
 TEST_F(SeriesCells, SeriesCountFromOne_AndAnAiBeginsAnew) {
   ChartBuilder book = OneChart();
   book.Chart().Begin().Series(1).Begin().Ai(0, {}).Ai(1, Ref3d(0, 1, 0)).End();

@@ -370,6 +370,22 @@ TEST_F(SeriesDetails, NameWithoutAPoolBlock_LeavesTheRestOfItsSeries) {
   EXPECT_EQ(LiveBlocks(), 8u);
 }
 
+// The smallest free slot has 512 bytes.
+TEST_F(SeriesDetails, TableOfGroups_TakesTwoBytesAGroup) {
+  for (int groups : {256, 257}) {
+    ChartBuilder book = OneChart();
+    book.Chart();
+    for (int i = 0; i < groups; ++i) book.Low(0x14);
+    LoadChart(book);
+    uint32_t smallest = MEMORYALLOC(1);
+    ASSERT_EQ(MEMORYALLOCSIZE(smallest), 512u);
+    FillPool(9);
+    MEMORYFREE(&smallest);
+    EXPECT_EQ(Read(), groups == 256 ? 0 : 10);
+    MEMORYFREEALL();
+  }
+}
+
 TEST_F(SeriesDetails, TableOfGroups_IsOneBlock_EvenWithoutGroups) {
   ChartBuilder book = OneSeries();
   ReadSeries(book);

@@ -88,6 +88,7 @@ TEST_F(RowColumnSizeChange, Width_OfAColInfoWithFirstAboveLast_IsRefused_AndTheC
 
 TEST_F(RowColumnSizeChange, Width_ColumnsCompareAsSigned) {
   ExpectRefused(ColInfo(0x8000, 0, 100), ColInfo(0x8000, 0, 100));
+  ExpectRefused(ColInfo(4, 0xFFFF, 100), ColInfo(4, 1, 100), U16(3) + U16(0xFFFF) + U16(100));
   Load(EndSheet(Book().Record(0x007D, ColInfo(0xFFFF, 0xFFFF, 100)).Dimensions(0, 4, 0, 4)));
   EXPECT_EQ(Width(0, 777), 0);
   EXPECT_READS_AS(EndSheet(Book().Record(0x007D, ColInfo(0xFFFF, 0xFFFF, 777)).Dimensions(0, 4, 0, 4)));
@@ -166,6 +167,14 @@ TEST_F(RowColumnSizeChange, Width_ColInfoBehindDimensionsOrNested_IsNotSeen) {
   const Bytes before = Image();
   EXPECT_EQ(Width(3, 777), -20);
   EXPECT_EQ(Image(), before);
+}
+
+TEST_F(RowColumnSizeChange, Width_ChartRecordOfTheSameLowByte_IsNoDimensions) {
+  StreamBuilder stream = Book().Record(0x1000, Bytes(10)).Record(0x007D, ColInfo(2, 2, 100));
+  Load(EndSheet(stream.Dimensions(0, 4, 0, 4)));
+  EXPECT_EQ(Width(3, 777), 0);
+  StreamBuilder wanted = Book().Record(0x1000, Bytes(10)).Record(0x007D, ColInfo(2, 2, 777));
+  EXPECT_READS_AS(EndSheet(wanted.Dimensions(0, 4, 0, 4)));
 }
 
 TEST_F(RowColumnSizeChange, Width_WithNeitherColInfoNorDimensions_GivesMinus22) {

@@ -62,7 +62,8 @@ using V = std::vector<int>;
 
 TEST_F(RowColumnSizes, ChecksInTheirOrder) {
   Load(OneSheet().Record(0x0225, DefaultHeight(255)).Record(0x0055, U16(8)).Eof());
-  TestArray two(VT_I2, 1, 4, 1, 4), from_zero(VT_I2, 0, 4), longer(VT_I2, 1, 5), shorter(VT_I2, 1, 3);
+  TestArray two(VT_I2, 1, 4, 1, 4), from_zero(VT_I2, 0, 4), longer(VT_I2, 1, 5), shorter(VT_I2, 1, 3),
+      from_two(VT_I2, 2, 4);
   SAFEARRAY* none = nullptr;
   ExpectBoth(1, two.Ref(), 0, 0, 9);
   ExpectBoth(3, two.Ref(), 0, table_, 1);
@@ -71,7 +72,8 @@ TEST_F(RowColumnSizes, ChecksInTheirOrder) {
   ExpectBoth(4, two.Ref(), buffer_, table_, 1);
   ExpectBoth(4, &none, buffer_, table_, 1);
   ExpectBoth(4, nullptr, buffer_, table_, 1);
-  for (TestArray* array : {&from_zero, &longer, &shorter}) ExpectBoth(5, array->Ref(), buffer_, table_, 1);
+  for (TestArray* array : {&from_zero, &from_two, &longer, &shorter})
+    ExpectBoth(5, array->Ref(), buffer_, table_, 1);
   PutTableEntry(Table(), 0, 0xFFFE);
   ExpectBoth(2, sizes_.Ref(), buffer_, table_, -1);
   ExpectBoth(2, sizes_.Ref(), buffer_, table_, 0);
@@ -91,6 +93,16 @@ TEST_F(RowColumnSizes, SheetThatSaysNothing_LeavesTheArrayAlone) {
   EXPECT_EQ(Heights(OneSheet()), (V{7, 7, 7, 7}));
   EXPECT_EQ(XLGetColWidth(sizes_.Ref(), buffer_, table_, 1), 0);
   EXPECT_EQ(Values(), (V{7, 7, 7, 7}));
+}
+
+TEST_F(RowColumnSizes, HeightsAskForTheRows_WidthsForTheColumns) {
+  StreamBuilder stream = StreamBuilder().Bof(6).Sheet("Data").Eof().Bof(6, kWorksheet);
+  Load(stream.Dimensions(0, 4, 0, 3).Eof());
+  TestArray three(VT_I2, 1, 3);
+  EXPECT_EQ(XLGetRowHeight(sizes_.Ref(), buffer_, table_, 1), 0);
+  EXPECT_EQ(XLGetRowHeight(three.Ref(), buffer_, table_, 1), 5);
+  EXPECT_EQ(XLGetColWidth(sizes_.Ref(), buffer_, table_, 1), 5);
+  EXPECT_EQ(XLGetColWidth(three.Ref(), buffer_, table_, 1), 0);
 }
 
 TEST_F(RowColumnSizes, EachSheetTellsItsOwn) {
