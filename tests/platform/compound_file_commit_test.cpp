@@ -175,6 +175,15 @@ TEST_F(CompoundCommit, LongestName_CanBeSaved) {
   EXPECT_EQ(Listing(), std::vector<std::string>({name}));
 }
 
+TEST_F(CompoundCommit, LongestNames_CanBeMadeSideBySide) {
+  OpenFile one;
+  OpenFile other;
+  EXPECT_EQ(one.Create(Path(std::string(255, 'n'))), S_OK);
+  EXPECT_EQ(other.Create(Path(std::string(254, 'n') + "m")), S_OK);
+  EXPECT_EQ(one.Commit(), S_OK);
+  EXPECT_EQ(other.Commit(), S_OK);
+}
+
 TEST_F(CompoundCommit, NameTooLongForTheFileSystem_IsToldByTheCreation) {
   OpenFile file;
   for (const uint32_t mode : {platform::kModeExclusive, platform::kModeReplace}) {
@@ -349,6 +358,29 @@ TEST_F(CompoundFullDisk, RoomForTheStreamButNotForTheFile_FailsTheWrite) {
   file.Release();
   EXPECT_EQ(StreamOf(path, "s"), Pattern(10));
   EXPECT_TRUE(StreamOf(path, "kept") == Pattern(600000));
+}
+
+TEST_F(CompoundFullDisk, SecondPieceTooLarge_FailsItsOwnWrite) {
+  OpenFile file;
+  ASSERT_EQ(file.Create(Path("file")), S_OK);
+  platform::Stream* stream = nullptr;
+  ASSERT_EQ(platform::StorageCreateStream(file.storage, u"s", platform::kModeExclusive, &stream), S_OK);
+  EXPECT_EQ(platform::StreamWrite(stream, Pattern(100).data(), 100, nullptr), S_OK);
+  const Bytes large = Pattern(2u << 20);
+  EXPECT_EQ(platform::StreamWrite(stream, large.data(), static_cast<uint32_t>(large.size()), nullptr),
+            platform::kStgMediumFull);
+  platform::StreamRelease(stream);
+}
+
+TEST_F(CompoundFullDisk, NoRoomForTheNameOfANewFile_IsToldByTheWriteToo) {
+  const std::string path = Make("file", {{"s", Pattern(10)}});
+  ASSERT_EQ(mount(nullptr, folder_.c_str(), nullptr, MS_REMOUNT, "size=1m,nr_inodes=2"), 0);
+  OpenFile file;
+  ASSERT_EQ(file.Open(path), S_OK);
+  EXPECT_EQ(file.Destroy("s"), S_OK);
+  EXPECT_EQ(file.Put("s", Pattern(20)), platform::kStgMediumFull);
+  file.Release();
+  EXPECT_EQ(StreamOf(path, "s"), Pattern(10));
 }
 
 TEST_F(CompoundFullDisk, NewFileTooLarge_IsNotMade) {

@@ -248,6 +248,89 @@ TEST_F(CompoundDamage, Siblings_ThatAreNoTree_AreDamage) {
   }
 }
 
+TEST_F(CompoundDamage, EntryOfAnUnknownTypeOrWithAnImpossibleName_IsDamage) {
+  constexpr size_t kNameSize = 64, kType = 66;
+  const CompoundImage image = Small().Build();
+  for (const uint8_t type : {0, 3, 5, 0x77}) {
+    CompoundImage damaged = image;
+    damaged.bytes[image.EntryAt(kMini) + kType] = type;
+    ExpectDamaged(damaged.bytes, "Workbook", "type");
+  }
+  for (const uint32_t entry : {0u, kWorkbook}) {
+    for (const uint8_t size : {0, 1, 3, 65, 66, 0xFE}) {
+      CompoundImage damaged = image;
+      damaged.bytes[image.EntryAt(entry) + kNameSize] = size;
+      ExpectDamaged(damaged.bytes, "Workbook", "size of a name");
+    }
+  }
+  CompoundImage nameless = image;
+  nameless.bytes[image.EntryAt(kMini) + kNameSize] = 2;
+  EXPECT_EQ(Read(nameless.bytes, "Workbook"), S_OK);
+}
+
+TEST_F(CompoundDamage, ChildOfAStream_IsNobodysBusiness) {
+  CompoundImage image = Small().Build();
+  image.PutU32(image.EntryAt(kWorkbook) + kChild, kWorkbook);
+  EXPECT_EQ(Read(image.bytes, "Workbook"), S_OK);
+}
+
+TEST_F(CompoundDamage, HeaderOfAnotherFormat_IsDamage) {
+  const CompoundImage image = Small().Build();
+  const struct {
+    const char* label;
+    size_t at;
+    uint8_t value;
+  } kFields[] = {{"byte order", 28, 0xFF},
+                 {"sectors of 256 bytes", 30, 8},
+                 {"sectors of 1024 bytes", 30, 10},
+                 {"mini sectors of 128 bytes", 32, 7},
+                 {"cutoff", 57, 0x08},
+                 {"no directory", 48, 0xFE}};
+  for (const auto& field : kFields) {
+    CompoundImage damaged = image;
+    if (field.at == 48) damaged.PutU32(48, 0xFFFFFFFF);
+    damaged.bytes[field.at] = field.value;
+    ExpectDamaged(damaged.bytes, "Workbook", field.label);
+  }
+}
+
+TEST_F(CompoundDamage, DirectoryChain_ThatEndsInAFreeSector_IsDamage) {
+  CompoundImage image = Small().Build();
+  image.PutU32(image.TableAt(image.directory.back()), 0xFFFFFFFF);
+  ExpectDamaged(image.bytes, "Workbook", "free sector behind the directory");
+}
+
+TEST_F(CompoundDamage, TableSectorsBehindTheirCount_AreNotTaken) {
+  CompoundBuilder builder;
+  builder.AddStream("Workbook", Pattern(100000));
+  CompoundImage image = builder.Build();
+  ASSERT_EQ(image.table.size(), 2u);
+  image.PutU32(44, 1);
+  EXPECT_EQ(Read(image.bytes, "Workbook"), platform::kStgDocFileCorrupt);
+}
+
+TEST_F(CompoundDamage, MiniTableOfNoSectors_HasNone) {
+  CompoundImage image = Small().Build();
+  image.PutU32(64, 0);
+  EXPECT_EQ(Read(image.bytes, "mini"), platform::kStgDocFileCorrupt);
+  EXPECT_EQ(Read(image.bytes, "Workbook"), S_OK);
+}
+
+TEST_F(CompoundDamage, MiniStreamThatStopsInItsLastMiniSector_IsReadToTheEndOfThat) {
+  CompoundBuilder builder;
+  builder.AddStream("mini", Pattern(300));
+  CompoundImage image = builder.Build();
+  image.PutU32(image.EntryAt(0) + kSize, 290);
+  Bytes bytes;
+  EXPECT_EQ(Read(image.bytes, "mini", &bytes), S_OK);
+  EXPECT_TRUE(bytes == Pattern(300));
+  image.PutU32(image.EntryAt(0) + kSize, 256);
+  ExpectDamaged(image.bytes, "mini", "one mini sector less");
+  image.PutU32(image.EntryAt(0) + kSize, 64);
+  image.PutU32(image.EntryAt(1) + kStart, 3);
+  ExpectDamaged(image.bytes, "mini", "beyond the mini stream, though inside the file");
+}
+
 TEST_F(CompoundDamage, UnreachableEntryOfUnknownType_IsNobodysBusiness) {
   CompoundImage image = Small().Build();
   image.bytes[image.EntryAt(6) + 66] = 0x77;
@@ -300,6 +383,46 @@ TEST_F(CompoundDamage, DamagedStream_LeavesTheOthersReadableAndCanBeReplaced) {
   EXPECT_EQ(Save(Path("file"), "mini", Pattern(10)), platform::kStgDocFileCorrupt);
   EXPECT_EQ(Save(Path("file"), "Workbook", Pattern(6000)), S_OK);
   EXPECT_EQ(CheckCompound(ReadFile(Path("file"))).size(), 5u);
+}
+
+TEST_F(CompoundDamage, DamagedStream_IsDamagedAtEveryReadingAndCanBeDestroyed) {
+  CompoundImage image = Small().Build();
+  image.PutU32(image.TableAt(image.chains.at(kWorkbook)[3]), 0xFFFFFFFF);
+  WriteFile(Path("file"), image.bytes);
+  OpenFile file;
+  ASSERT_EQ(file.Open(Path("file")), S_OK);
+  Bytes bytes;
+  EXPECT_EQ(file.Get("Workbook", &bytes), platform::kStgDocFileCorrupt);
+  EXPECT_EQ(file.Get("Workbook", &bytes), platform::kStgDocFileCorrupt);
+  EXPECT_EQ(file.Destroy("Workbook"), S_OK);
+  EXPECT_EQ(file.Put("Workbook", Pattern(6000)), S_OK);
+  EXPECT_EQ(file.Commit(), S_OK);
+  EXPECT_EQ(CheckCompound(ReadFile(Path("file"))).size(), 5u);
+}
+
+TEST_F(CompoundDamage, StorageThatHasFailed_FailsEveryCallFromThenOn) {
+  CompoundImage image = Small().Build();
+  image.PutU32(image.TableAt(image.chains.at(kWorkbook)[0]), 0xFFFFFFFF);
+  WriteFile(Path("file"), image.bytes);
+  OpenFile file;
+  ASSERT_EQ(file.Open(Path("file")), S_OK);
+  platform::Stream* stream = nullptr;
+  platform::Stream* other = nullptr;
+  ASSERT_EQ(platform::StorageOpenStream(file.storage, u"mini", platform::kModeExclusive, &stream), S_OK);
+  uint8_t byte = 0;
+  uint64_t size = 0;
+  const HRESULT results[] = {
+      platform::StreamWrite(stream, &byte, 1, nullptr),
+      platform::StreamRead(stream, &byte, 1, nullptr),
+      platform::StreamSize(stream, &size),
+      platform::StreamCommit(stream, 0),
+      platform::StorageOpenStream(file.storage, u"Workbook", platform::kModeExclusive, &other),
+      platform::StorageCreateStream(file.storage, u"new", platform::kModeExclusive, &other),
+      platform::StorageDestroyElement(file.storage, u"Workbook"),
+      file.Commit()};
+  for (const HRESULT result : results) EXPECT_EQ(result, platform::kStgDocFileCorrupt);
+  platform::StreamRelease(stream);
+  EXPECT_TRUE(ReadFile(Path("file")) == image.bytes);
 }
 
 // Streams that claim the same sectors over and over would make the new file many times as large as the old.

@@ -55,21 +55,23 @@ TEST(CompoundName, Fold_AgreesWithTheSystemsTables) {
   const struct {
     const char* label;
     uint16_t first, last;
-  } kBlocks[] = {{"ASCII and Latin-1", 0x00, 0xFF},
-                 {"Latin Extended-A", 0x100, 0x17F},
-                 {"Greek", 0x386, 0x3CE},
-                 {"Cyrillic", 0x400, 0x4BF},
-                 {"Armenian", 0x531, 0x586},
-                 {"Latin Additional", 0x1E00, 0x1E95},
-                 {"Vietnamese", 0x1EA0, 0x1EF9},
-                 {"Greek Extended", 0x1F00, 0x1FFC},
-                 {"Roman numerals", 0x2160, 0x217F},
-                 {"full width", 0xFF21, 0xFF5A},
+  } kBlocks[] = {{"ASCII and Latin-1", 0x00, 0xFF},    {"Latin Extended-A", 0x100, 0x17F},
+                 {"Latin Extended-B", 0x1C4, 0x1EF},   {"Greek", 0x386, 0x3CE},
+                 {"Cyrillic", 0x400, 0x4BF},           {"Armenian", 0x531, 0x586},
+                 {"Latin Additional", 0x1E00, 0x1E95}, {"Vietnamese", 0x1EA0, 0x1EF9},
+                 {"Greek Extended", 0x1F00, 0x1FFC},   {"Roman numerals", 0x2160, 0x217F},
+                 {"circled letters", 0x24B6, 0x24E9},  {"full width", 0xFF21, 0xFF5A},
                  {"the end", 0xFF80, 0xFFFF}};
   for (const auto& block : kBlocks) {
     for (uint32_t unit = block.first; unit <= block.last; ++unit) {
       EXPECT_EQ(FoldUnit(static_cast<uint16_t>(unit)), std::towupper(unit))
           << block.label << " " << std::hex << unit;
+    }
+  }
+  for (uint32_t unit = 0; unit <= 0xFFFF; ++unit) {
+    const uint16_t folded = FoldUnit(static_cast<uint16_t>(unit));
+    if (folded != unit) {
+      EXPECT_EQ(folded, std::towupper(unit)) << std::hex << unit;
     }
   }
   std::setlocale(LC_CTYPE, "C");
@@ -88,6 +90,7 @@ TEST(CompoundName, GoodNames_Are1To31UnitsWithoutTheFourForbidden) {
   EXPECT_TRUE(IsGoodName(NameOf(u"\u0005SummaryInformation")));
   EXPECT_FALSE(IsGoodName(NameOf(u"")));
   EXPECT_FALSE(IsGoodName(NameOf(std::u16string(32, u'a'))));
+  EXPECT_FALSE(IsGoodName(NameOf(std::u16string(u"a\0b", 3))));
   for (const char16_t* bad : {u"a/b", u"a\\b", u"a:b", u"a!b"}) EXPECT_FALSE(IsGoodName(NameOf(bad)));
 }
 

@@ -6,10 +6,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
 
+#include "platform/portable/file_io.h"
 #include "platform/storage.h"
 #include "support/compound_check.h"
 #include "support/storage_fixture.h"
@@ -247,6 +249,7 @@ TEST_F(CompoundLocking, MissingFilesAndFolders_AreToldApart) {
   EXPECT_EQ(file.Open(Path("nothing")), platform::kStgFileNotFound);
   EXPECT_EQ(file.Open(Path("no/thing")), platform::kStgPathNotFound);
   EXPECT_EQ(file.Open(""), platform::kStgPathNotFound);
+  EXPECT_EQ(file.Open("/a file that is not there"), platform::kStgFileNotFound);
   EXPECT_EQ(file.Create(Path("no/thing")), platform::kStgPathNotFound);
   WriteFile(Path("plain"), {});
   EXPECT_EQ(file.Create(Path("plain/thing")), platform::kStgPathNotFound);
@@ -317,6 +320,33 @@ TEST_F(CompoundLocking, NullArguments_AreRefused) {
   EXPECT_EQ(platform::StreamWrite(stream, nullptr, 1, nullptr), platform::kStgInvalidPointer);
   EXPECT_EQ(platform::StreamRead(stream, nullptr, 1, nullptr), platform::kStgInvalidPointer);
   platform::StreamRelease(stream);
+}
+
+TEST_F(CompoundLocking, PathWithAUnitWhoseLowByteIsZero_NamesNoFile) {
+  platform::Storage* storage = reinterpret_cast<platform::Storage*>(this);
+  EXPECT_EQ(platform::StorageOpen(u"a\u0100b", platform::kModeExclusive, &storage),
+            platform::kStgInvalidName);
+  EXPECT_EQ(storage, nullptr);
+  EXPECT_EQ(platform::StorageCreate(u"a\u0100b", platform::kModeReplace, &storage),
+            platform::kStgInvalidName);
+}
+
+TEST(FileIo, EverySystemErrorHasItsResult) {
+  const struct {
+    int error;
+    HRESULT result;
+  } kRows[] = {{ENOENT, platform::kStgFileNotFound},       {ENOTDIR, platform::kStgPathNotFound},
+               {ELOOP, platform::kStgPathNotFound},        {ENAMETOOLONG, platform::kStgPathNotFound},
+               {EACCES, platform::kStgAccessDenied},       {EPERM, platform::kStgAccessDenied},
+               {EROFS, platform::kStgAccessDenied},        {EISDIR, platform::kStgAccessDenied},
+               {EBUSY, platform::kStgAccessDenied},        {ETXTBSY, platform::kStgAccessDenied},
+               {EEXIST, platform::kStgFileAlreadyExists},  {ENOSPC, platform::kStgMediumFull},
+               {EDQUOT, platform::kStgMediumFull},         {EFBIG, platform::kStgMediumFull},
+               {ENOMEM, platform::kStgInsufficientMemory}, {EMFILE, platform::kStgInsufficientMemory},
+               {ENFILE, platform::kStgInsufficientMemory}, {EIO, platform::kStgWriteFault}};
+  for (const auto& row : kRows) {
+    EXPECT_EQ(platform::ResultOfError(row.error, platform::kStgWriteFault), row.result) << row.error;
+  }
 }
 
 TEST_F(CompoundLocking, PathOfWidenedBytes_ArrivesAsItWas) {

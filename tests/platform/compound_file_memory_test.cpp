@@ -150,6 +150,19 @@ TEST_F(CompoundMemoryBound, HugeClaims_TakeNoMemory) {
   }
 }
 
+// Told before a byte of the stream is looked at: it is not there at all.
+TEST_F(CompoundMemoryBound, StreamThatWouldMakeTheFileLargerThanTheFormatAllows_IsRefused) {
+  const uint8_t byte = 0;
+  for (const uint32_t size : {4194302u * 512, 0x7FFFFF00u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+    OpenFile file;
+    ASSERT_EQ(file.Create(Path("file")), S_OK);
+    platform::Stream* stream = nullptr;
+    ASSERT_EQ(platform::StorageCreateStream(file.storage, u"s", platform::kModeExclusive, &stream), S_OK);
+    EXPECT_EQ(platform::StreamWriteLent(stream, &byte, size, nullptr), platform::kStgMediumFull) << size;
+    platform::StreamRelease(stream);
+  }
+}
+
 }  // namespace
 }  // namespace tolvenar::testing
 

@@ -55,12 +55,13 @@ TEST_P(CompoundStreamSize, StreamOfThisSizeBesideOthers_LeavesASoundFile) {
   EXPECT_TRUE(entries["/z"].contents == Pattern(5000, 3));
 }
 
-// Around: a mini sector, a sector, the cutoff, one sector of the table (127 sectors and itself), the header's
-// list of them.
+// Around: a mini sector, a sector, the cutoff, 64 sectors, one sector of the table (127 sectors and itself),
+// the header's list of them; 110 full sectors of the table, which the first sector of the long list makes 111.
 INSTANTIATE_TEST_SUITE_P(Sizes, CompoundStreamSize,
-                         ::testing::Values(0, 1, 63, 64, 65, 511, 512, 513, 4095, 4096, 4097, 126 * 512,
-                                           127 * 512, 511 * 128, 109 * 128 * 512 - 200 * 512, 109 * 128 * 512,
-                                           20000000));
+                         ::testing::Values(0, 1, 63, 64, 65, 511, 512, 513, 4095, 4096, 4097, 64 * 512,
+                                           64 * 512 + 1, 65 * 512, 126 * 512, 127 * 512, 511 * 128,
+                                           109 * 128 * 512 - 200 * 512, (127 * 110 - 1) * 512,
+                                           109 * 128 * 512, 20000000));
 
 TEST_F(CompoundStream, TwentyMegabytesInOneWrite_TakeOneCallEachWay) {
   const Bytes bytes = Pattern(20u << 20);
@@ -185,6 +186,8 @@ TEST_F(CompoundStream, Read_PastTheEnd_MovesWhatIsThere) {
   uint32_t moved = 99;
   EXPECT_EQ(platform::StreamRead(stream, bytes.data(), 200, &moved), S_OK);
   EXPECT_EQ(moved, 100u);
+  EXPECT_EQ(platform::StreamRead(stream, bytes.data(), 200, &moved), S_OK);
+  EXPECT_EQ(moved, 0u);
   platform::StreamRelease(stream);
 }
 

@@ -95,5 +95,16 @@ TEST_F(GuardedPages, SecondPageReadableAgain) {
   EXPECT_EQ(Copy(base + page - 2, 2, 4), std::string("a\0c\0", 4));
 }
 
+#if !defined(_WIN32)
+TEST_F(GuardedPages, LooksLeaveNoDescriptorOpen) {
+  const int before = dup(STDERR_FILENO);
+  close(before);
+  EXPECT_EQ(Copy(base + page - 1, 1, 2), std::string(2, '\0'));
+  const int after = dup(STDERR_FILENO);
+  close(after);
+  EXPECT_EQ(before, after);
+}
+#endif
+
 }  // namespace
 }  // namespace tolvenar::platform

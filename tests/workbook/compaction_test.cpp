@@ -188,6 +188,39 @@ TEST_F(CompactionTest, MoreBoundSheetsThanSheets_TakeWhateverTheTableHolds) {
   EXPECT_EQ(Run(), 12);  // entry 3 is no BOF: the walk from it runs out
 }
 
+TEST_F(CompactionTest, SubstreamBehindTheLastSheet_IsNotTheLastSheets) {
+  StreamBuilder book;
+  book.Bof(6).Sheet("One").Eof().Bof(6, kWorksheet).Eof().Bof(6, kChart).Eof();
+  Load(book, {1, 0, 39, 59});
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(TableEntries(table, 4), (Entries{1, 0, 39, 59}));
+  EXPECT_EQ(Copied(), book.Stream() + kRoomForBufEnd);
+}
+
+TEST_F(CompactionTest, NoBoundSheet_NestedSubstreamDoesNotEndTheGlobals) {
+  StreamBuilder book;
+  book.Bof(6).Bof(6, kChart).Eof().Eof();
+  Load(book, {0, 0, 40});
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(TableEntries(table, 3), (Entries{0, 0, 44}));
+}
+
+TEST_F(CompactionTest, FirstSheetAtTheStart_NoBoundSheetStandsInFrontOfIt) {
+  StreamBuilder book;
+  book.Bof(6).Record(0x0085, U32(7)).Eof();
+  Load(book, {1, 0, 0, 28});
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(Copied(), book.Stream() + kRoomForBufEnd);
+  EXPECT_EQ(TableEntries(table, 4), (Entries{1, 0, 28, 28}));
+}
+
+TEST_F(CompactionTest, BoundSheetWhoseOffsetIsLaidOverTheSheet_TheSheetIsReadAsItIsThen) {
+  StreamBuilder book;
+  book.Bof(6).Record(0x0085, Bytes(1)).Bof(6, kWorksheet).Eof();
+  Load(book, {1, 0, 25, 45});
+  EXPECT_EQ(Run(), 12);  // the BOF has lost its length, and its payload's next record jumps over the EOF
+}
+
 // The length field.
 
 TEST_F(CompactionTest, LongRecord_UnsignedCopiesItWhole_SignedTakesTheWriteOffsetBack) {
@@ -203,6 +236,43 @@ TEST_F(CompactionTest, LongRecord_UnsignedCopiesItWhole_SignedTakesTheWriteOffse
   Bytes bytes = expected.Stream();
   bytes.resize(bytes.size() - 2);
   EXPECT_EQ(Hex(Copied()), Hex(bytes + StreamBuilder().Number(3, 4, 15, 2.5).Stream() + kRoomForBufEnd));
+}
+
+TEST_F(CompactionTest, LongRecordInTheLastSheet_SignedLengthsLoseItsEof) {
+  StreamBuilder book;
+  book.Bof(6).Sheet("One").Eof().Bof(6, kWorksheet).Number(1, 2, 15, 1.5);
+  book.Record(0x0042, Bytes(0xFFFA, 0x11)).Number(3, 4, 15, 2.5);
+  const int32_t eof = static_cast<int32_t>(book.Here());
+  Load(book.Eof(), {1, 0, 39, eof});
+  EXPECT_EQ(Run(LengthField::kUnsigned), 0);
+  EXPECT_EQ(TableEntries(table, 4), (Entries{1, 0, 39, eof}));
+  EXPECT_EQ(Run(LengthField::kSigned), 12);  // a walk of the copy steps into the second NUMBER
+}
+
+// A copy in one of the largest slots is made in long runs.
+TEST_F(CompactionTest, LongRecordInALargeSlot_SignedTakesTheWriteOffsetBack) {
+  const Bytes head = StreamBuilder().Bof(6).Eof().Number(1, 2, 15, 1.5).Stream();
+  const Bytes number = StreamBuilder().Number(3, 4, 15, 2.5).Stream();
+  const Bytes stream = head + StreamBuilder().Record(0x0042, Bytes(0xFFFA, 0x11)).Stream() + number;
+  Load(StreamBuilder().Raw(stream), {0, 0, 20});
+  MEMORYFREE(&buffer);
+  size = 1000001;
+  buffer = MEMORYALLOC(static_cast<int32_t>(size));
+  const Bytes ended = stream + StreamBuilder().BufEnd().Stream();
+  CopyIn(OpenBlock(buffer), 0, ended.data(), static_cast<uint32_t>(ended.size()));
+  EXPECT_EQ(Run(LengthField::kSigned), 0);
+  EXPECT_EQ(Hex(Copied()), Hex(Bytes(head.begin(), head.end() - 2) + number + kRoomForBufEnd));
+}
+
+TEST_F(CompactionTest, RecordAtTheLimitOfALargeBuffer_IsNotReached) {
+  StreamBuilder book;
+  book.Bof(6).Eof();
+  for (int i = 0; i < 32; ++i) book.Record(0x0042, Bytes(32000, 0x11));
+  const uint32_t limit = book.Here();
+  Load(book.Record(0x0042, Bytes(2)), {0, 0, 20});
+  size = limit + 1;
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(copy_size, limit + 4);
 }
 
 TEST_F(CompactionTest, SignedLengthThatLeadsBelowTheBlock_Is6) {
@@ -245,6 +315,18 @@ TEST_F(CompactionTest, Result12_NoClosingEof_TableHoldsTheOffsetsOfTheLostCopy) 
   EXPECT_EQ(LiveBlocks(), 2u);
   EXPECT_EQ(TableEntries(table, 4), (Entries{1, 0, 39, 69}));
   EXPECT_EQ(BlockContents(buffer, size), before);
+}
+
+TEST_F(CompactionTest, Result12_WhatAnEarlierTenantLeftIsNoEof) {
+  StreamBuilder book;
+  book.Bof(6).Sheet("One").Eof().Bof(6, kWorksheet).Number(0, 0, 15, 1.0).Slack(40);
+  Load(book, {1, 0, 39, 77});
+  for (int32_t slot : {256, 512, 1024}) {  // one of them takes the copy
+    uint32_t soiled = MEMORYALLOC(slot);
+    MEMORYSET1(&soiled, slot, 0x0A);
+    MEMORYFREE(&soiled);
+  }
+  EXPECT_EQ(Run(), 12);
 }
 
 TEST_F(CompactionTest, Result12_SizeWithoutARecord_TableIsUntouched) {

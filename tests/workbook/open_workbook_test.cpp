@@ -125,6 +125,15 @@ TEST_F(OpenWorkbookTest, EofThatClaimsAPayloadBehindTheEnd_IsFilledWithZeros) {
   EXPECT_EQ(Hex(BlockContents(buffer, size)), Hex(stream + Bytes(30) + kBufEnd));
 }
 
+TEST_F(OpenWorkbookTest, EofThatClaimsJustTheRoomOfTheBufEnd_TheStreamEndsThere) {
+  uint32_t soiled = MEMORYALLOC(256);
+  MEMORYSET1(&soiled, 256, 0x09);
+  MEMORYFREE(&soiled);
+  const Bytes stream = StreamBuilder().Bof(6).Stream() + Bytes{0x0A, 0x00, 0x04, 0x00};
+  EXPECT_EQ(Open(stream), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer, size)), Hex(stream + Bytes(4) + kBufEnd));
+}
+
 TEST_F(OpenWorkbookTest, OneByteStream) {
   EXPECT_EQ(Opened({0x0A}), Hex(Bytes{0x0A} + kBufEnd));
   EXPECT_EQ(size, 5u);

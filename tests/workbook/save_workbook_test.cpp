@@ -135,6 +135,16 @@ TEST_F(SaveWorkbookTest, SlackBeforeTheFirstSheet_ReducesAllOffsetsByItsSize) {
   EXPECT_EQ(TableEntries(table, 5), (Entries{2, 0, 54, 78, 98}));
 }
 
+TEST_F(SaveWorkbookTest, RecordOfMoreThan32767Bytes_IsWrittenWhole) {
+  MEMORYFREEALL();
+  StreamBuilder book;
+  book.Bof(6).Sheet("One").Eof().Bof(6, kWorksheet).Record(0x0042, Bytes(0xFFFA, 0x11)).Eof();
+  buffer = book.Load(&size);
+  ASSERT_EQ(XLLocateSheets(buffer, &table, size), 0);
+  EXPECT_EQ(Save(), 0);
+  EXPECT_EQ(ReadStream(path, "Workbook"), book.Stream());
+}
+
 TEST_F(SaveWorkbookTest, WorkGoesOnAfterASave) {
   ASSERT_EQ(Save(), 0);
   ASSERT_EQ(XLLocateSheets(buffer, &table, size), 0);

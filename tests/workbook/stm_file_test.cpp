@@ -100,8 +100,12 @@ TEST_F(StmFileTest, Destructor_ReleasesThePendingName) {
 // Wrong tags.
 
 TEST_F(StmFileTest, WrongTag_EveryFileOperationIsRefused) {
+  for (char& byte : file.tag) {
+    byte = static_cast<char>(byte ^ 0x20);
+    EXPECT_FALSE(file.IsValid());
+    byte = static_cast<char>(byte ^ 0x20);
+  }
   file.tag[7] = 'E';
-  EXPECT_FALSE(file.IsValid());
   EXPECT_EQ(file.Create(path.c_str(), true), Code(0x80000F07));
   EXPECT_EQ(file.Open(path.c_str()), Code(0x80000F07));
   EXPECT_EQ(file.OpenStream("Book", &item), Code(0x80000F07));
@@ -113,9 +117,13 @@ TEST_F(StmFileTest, WrongTag_EveryFileOperationIsRefused) {
 
 TEST_F(StmFileTest, WrongTag_EveryItemOperationIsRefused) {
   StmFItem fresh;
+  for (char& byte : fresh.tag) {
+    byte = static_cast<char>(byte ^ 0x20);
+    EXPECT_FALSE(fresh.IsValid());
+    byte = static_cast<char>(byte ^ 0x20);
+  }
   fresh.tag[0] = 's';
   uint8_t byte = 0;
-  EXPECT_FALSE(fresh.IsValid());
   EXPECT_EQ(fresh.Read(&byte, 1, nullptr), Code(0x80000F07));
   EXPECT_EQ(fresh.Write(&byte, 1, nullptr), Code(0x80000F07));
   EXPECT_EQ(fresh.Close(), Code(0x80000F07));
@@ -147,9 +155,13 @@ TEST_F(StmFileTest, Open_OnAnOpenObject_LeavesItsStorageOpen) {
 TEST_F(StmFileTest, Open_ResetsTheObject) {
   file.reserved[3] = 9;
   file.itemCount = 7;
+  StmFItem stray;
+  file.firstItem = file.lastItem = &stray;
   ASSERT_EQ(file.Open(path.c_str()), 0);
   EXPECT_EQ(file.reserved[3], 0);
   EXPECT_EQ(file.itemCount, 0);
+  EXPECT_EQ(file.firstItem, nullptr);
+  EXPECT_EQ(file.lastItem, nullptr);
 }
 
 TEST_F(StmFileTest, Open_EveryPlatformFailureIsOneCode) {
@@ -225,12 +237,36 @@ TEST_F(StmFileTest, OpenStream_CallersOwnItemIsResetUsedAndKeptOnFailure) {
   EXPECT_EQ(file.Close(), 0);
 }
 
+TEST_F(StmFileTest, OpenStream_ResetsEveryFieldOfTheCallersItem) {
+  ASSERT_EQ(file.Open(path.c_str()), 0);
+  StmFItem own;
+  own.reserved[2] = own.spare[5] = 9;
+  own.requested = own.transferred = 7;
+  own.owner = &file;
+  own.previous = own.next = &own;
+  StmFItem* mine = &own;
+  EXPECT_LT(file.OpenStream("Workbook", &mine), 0);
+  EXPECT_EQ(own.reserved[2] + own.spare[5], 0);
+  EXPECT_EQ(own.requested, 0u);
+  EXPECT_EQ(own.transferred, 0u);
+  EXPECT_EQ(own.owner, nullptr);
+  EXPECT_EQ(own.previous, nullptr);
+  EXPECT_EQ(own.next, nullptr);
+}
+
 TEST_F(StmFileTest, StreamOperationsOnAClosedFile) {
   EXPECT_EQ(file.OpenStream("Book", &item), Code(0x80000F02));
   EXPECT_EQ(file.CreateStream("Book", &item, false), Code(0x80000F02));
   EXPECT_EQ(file.DeleteStream("Book"), Code(0x80000F02));
   EXPECT_EQ(file.Close(), Code(0x80000F02));
   EXPECT_EQ(item, nullptr);
+}
+
+TEST_F(StmFileTest, StreamOperationsWithoutAPlaceForTheItem) {
+  ASSERT_EQ(file.Open(path.c_str()), 0);
+  EXPECT_EQ(file.OpenStream("Book", nullptr), Code(0x80000F03));
+  EXPECT_EQ(file.CreateStream("New", nullptr, false), Code(0x80000F03));
+  EXPECT_EQ(file.itemCount, 0);
 }
 
 TEST_F(StmFileTest, NoMemory_ForTheItem) {
@@ -365,6 +401,7 @@ TEST_F(StmFileTest, GetSize_OfAClosedItemIsZero) {
   uint32_t size = 99;
   EXPECT_EQ(fresh.GetSize(), 0u);
   EXPECT_LT(fresh.QuerySize(&size), 0);
+  EXPECT_EQ(fresh.QuerySize(nullptr), Code(0x80000F03));
   EXPECT_EQ(size, 99u);
 }
 
@@ -381,6 +418,26 @@ TEST_F(StmFileTest, ItemClose_ChecksInTheirOrder) {
   EXPECT_EQ(item->stream, nullptr);
   EXPECT_EQ(item->Close(), Code(0x80000F02));
   EXPECT_EQ(file.itemCount, 0);
+}
+
+TEST_F(StmFileTest, ItemOfAClosedOwner) {
+  OpenBook();
+  uint8_t byte = 0;
+  platform::Storage* const open = file.storage;
+  file.storage = nullptr;
+  EXPECT_FALSE(item->IsOwnerOpen());
+  EXPECT_EQ(item->Read(&byte, 1, nullptr), Code(0x80000F04));
+  EXPECT_EQ(item->Write(&byte, 1, nullptr), Code(0x80000F04));
+  EXPECT_EQ(item->Close(), Code(0x80000F04));
+  file.storage = open;
+}
+
+TEST_F(StmFileTest, ItemClose_AnswersWhatTheListAnswers) {
+  OpenBook();
+  file.firstItem = file.lastItem = nullptr;
+  EXPECT_EQ(item->Close(), Code(0x80000F06));
+  EXPECT_EQ(item->stream, nullptr);
+  file.itemCount = 0;
 }
 
 TEST_F(StmFileTest, FileClose_ClosesItsItems) {
@@ -461,50 +518,6 @@ TEST_F(StmFileTest, Abandon_LeavesTheFileAsItWas) {
   file.Abandon();  // a closed file has nothing to lose
 }
 
-// The list.
-
-TEST_F(StmFileTest, AddItem_GoesToTheTail) {
-  StmFItem a, b, c;
-  EXPECT_EQ(file.AddItem(&a), 0);
-  EXPECT_EQ(file.AddItem(&b), 0);
-  EXPECT_EQ(file.AddItem(&c), 0);
-  EXPECT_EQ(file.itemCount, 3);
-  EXPECT_EQ(file.firstItem, &a);
-  EXPECT_EQ(a.next, &b);
-  EXPECT_EQ(b.previous, &a);
-  EXPECT_EQ(b.next, &c);
-  EXPECT_EQ(file.lastItem, &c);
-  EXPECT_EQ(c.owner, &file);
-}
-
-TEST_F(StmFileTest, AddItem_ListWithOneEnd) {
-  StmFItem a, b;
-  file.firstItem = &a;
-  EXPECT_EQ(file.AddItem(&b), Code(0x80000F06));
-  file.firstItem = nullptr;
-  file.lastItem = &a;
-  EXPECT_EQ(file.AddItem(&b), Code(0x80000F06));
-  EXPECT_EQ(b.owner, nullptr);
-  EXPECT_EQ(file.itemCount, 0);
-}
-
-TEST_F(StmFileTest, AddItem_OfOneThatWasRemoved_ForgetsItsOldLinks) {
-  StmFItem a, b;
-  file.AddItem(&a);
-  file.AddItem(&b);
-  file.RemoveItem(&a);
-  EXPECT_EQ(file.AddItem(&a), 0);
-  EXPECT_EQ(file.firstItem, &b);
-  EXPECT_EQ(b.next, &a);
-  EXPECT_EQ(a.previous, &b);
-  EXPECT_EQ(a.next, nullptr);
-  file.RemoveItem(&a);
-  file.RemoveItem(&b);
-  EXPECT_EQ(file.AddItem(&a), 0);
-  EXPECT_EQ(a.previous, nullptr);
-  EXPECT_EQ(file.firstItem, &a);
-}
-
 TEST_F(StmFileTest, StreamThatTheListCannotTake_IsOpenAllTheSame) {
   OpenBook();
   file.firstItem = nullptr;
@@ -521,38 +534,6 @@ TEST_F(StmFileTest, StreamThatTheListCannotTake_IsOpenAllTheSame) {
   second->stream = nullptr;
   delete second;
   file.firstItem = item;
-}
-
-TEST_F(StmFileTest, RemoveItem_AtEveryPlace_ItsOwnLinksStay) {
-  for (int place = 0; place < 3; ++place) {
-    StmFFile list;
-    StmFItem items[3];
-    for (StmFItem& each : items) list.AddItem(&each);
-    StmFItem* const previous = items[place].previous;
-    StmFItem* const next = items[place].next;
-    EXPECT_EQ(list.RemoveItem(&items[place]), 0);
-    EXPECT_EQ(items[place].previous, previous);
-    EXPECT_EQ(items[place].next, next);
-    EXPECT_EQ(list.itemCount, 2);
-    StmFItem* const first = &items[place == 0 ? 1 : 0];
-    StmFItem* const last = &items[place == 2 ? 1 : 2];
-    EXPECT_EQ(list.firstItem, first);
-    EXPECT_EQ(list.lastItem, last);
-    EXPECT_EQ(first->next, last);
-    EXPECT_EQ(last->previous, first);
-  }
-}
-
-TEST_F(StmFileTest, RemoveItem_LastOneAndFailures) {
-  StmFItem a;
-  EXPECT_EQ(file.RemoveItem(nullptr), Code(0x80000F06));
-  EXPECT_EQ(file.RemoveItem(&a), Code(0x80000F06));
-  file.AddItem(&a);
-  EXPECT_EQ(file.RemoveItem(nullptr), Code(0x80000F03));
-  EXPECT_EQ(file.RemoveItem(&a), 0);
-  EXPECT_EQ(file.firstItem, nullptr);
-  EXPECT_EQ(file.lastItem, nullptr);
-  EXPECT_EQ(file.itemCount, 0);
 }
 
 }  // namespace

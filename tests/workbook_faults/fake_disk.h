@@ -27,7 +27,7 @@ struct Disk {
   std::vector<std::string> calls;  // what was asked for, with its mode
   std::vector<uint16_t> last_path;
   uint64_t size_reported = 0;  // unless 0: what a stream's size is said to be
-  int32_t success = 0;         // what opening (then no stream is handed out) and creating a stream answer
+  int32_t success = 0;         // what opening (unless 0: without a stream) and creating a stream answer
   int open_storages = 0;
   int open_streams = 0;
   bool exists_lies = false;  // says that a path does not exist though it does

@@ -55,6 +55,12 @@ std::string Mode(uint32_t mode) {
   return text;
 }
 
+// A call that fails leaves this in its out value, which nobody may take for anything.
+template <typename T>
+void LeaveTrash(T** out) {
+  *out = reinterpret_cast<T*>(&FakeDisk());
+}
+
 HRESULT HandOut(FakeFile* file, platform::Storage** out) {
   ++FakeDisk().open_storages;
   *out = reinterpret_cast<platform::Storage*>(file);
@@ -118,14 +124,14 @@ bool IsReadable(const void* address, uint32_t) {
 }
 
 HRESULT StorageCreate(const OLECHAR* path, uint32_t mode, Storage** out) {
-  *out = nullptr;
+  LeaveTrash(out);
   if (FakeDisk().Note("create", Mode(mode)) != Disk::Fate::kServe) return kFault;
   if (mode == kModeExclusive && FakeDisk().files.count(Narrow(path)) != 0) return kExists;
   return HandOut(new FakeFile{Narrow(path), {}}, out);
 }
 
 HRESULT StorageOpen(const OLECHAR* path, uint32_t mode, Storage** out) {
-  *out = nullptr;
+  LeaveTrash(out);
   FakeDisk().last_path.assign(path, path + Narrow(path).size());
   if (FakeDisk().Note("open", Mode(mode)) != Disk::Fate::kServe) return kFault;
   const auto file = FakeDisk().files.find(Narrow(path));
@@ -134,15 +140,16 @@ HRESULT StorageOpen(const OLECHAR* path, uint32_t mode, Storage** out) {
 }
 
 HRESULT StorageOpenStream(Storage* storage, const OLECHAR* name, uint32_t mode, Stream** out) {
-  *out = nullptr;
+  LeaveTrash(out);
   if (FakeDisk().Note("open stream", " " + Narrow(name) + Mode(mode)) != Disk::Fate::kServe) return kFault;
   const std::string lower = Lower(Narrow(name));
   if (FileOf(storage)->streams.count(lower) == 0) return kNotFound;
-  return FakeDisk().success != S_OK ? FakeDisk().success : HandOut(FileOf(storage), lower, out);
+  if (FakeDisk().success == S_OK) return HandOut(FileOf(storage), lower, out);
+  return FakeDisk().success;
 }
 
 HRESULT StorageCreateStream(Storage* storage, const OLECHAR* name, uint32_t mode, Stream** out) {
-  *out = nullptr;
+  LeaveTrash(out);
   if (FakeDisk().Note("create stream", " " + Narrow(name) + Mode(mode)) != Disk::Fate::kServe) return kFault;
   const std::string lower = Lower(Narrow(name));
   if (mode == kModeExclusive && FileOf(storage)->streams.count(lower) != 0) return kExists;

@@ -313,6 +313,10 @@ TEST_F(StorageFaultsTest, SuccessOtherThan0_IsNoneForAnOpenedStreamAndOneForACre
   EXPECT_EQ(file.OpenStream("Workbook", &stream.item), 1);
   EXPECT_EQ(stream.item, nullptr);
   EXPECT_EQ(file.itemCount, 0);
+  StmFItem own;
+  StmFItem* mine = &own;
+  EXPECT_EQ(file.OpenStream("Workbook", &mine), 1);
+  EXPECT_EQ(own.stream, nullptr);
   EXPECT_EQ(file.CreateStream("New", &stream.item, false), 0);
   EXPECT_EQ(file.firstItem, stream.item);
   EXPECT_EQ(file.itemCount, 1);
