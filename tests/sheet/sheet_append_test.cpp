@@ -211,6 +211,25 @@ TEST_F(SheetAppendTest, PaletteApartFromTheBoundSheets_NewSheetIsTheLast) {
   }
 }
 
+// A BOUNDSHEET behind the run: the new sheet comes before it in the globals, and behind it in the stream.
+TEST_F(SheetAppendTest, BoundSheetBehindTheRun_EverySheetIsFound) {
+  for (uint16_t slack : {uint16_t{0}, uint16_t{20}}) {
+    StreamBuilder book;
+    book.Bof(5).Sheet("One").Record(0x008C, U32(1)).Sheet("Two").Eof().Bof(5, kWorksheet);
+    if (slack != 0) book.Slack(slack);
+    buffer = book.Number(0, 0, 15, 1.5).Eof().Bof(5, kWorksheet).Number(0, 0, 15, 2.5).Eof().Load(&size);
+    BiffVersion = 5;
+    EXPECT_EQ(XLAppendSheet(&buffer, &size, "Own", 0, 0), 2);
+    ASSERT_EQ(Sheets().size(), 3u);
+    EXPECT_EQ(Sheets()[1].first, "Own");
+    EXPECT_EQ(Cells(1), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 F8 3F \n") << slack;
+    EXPECT_EQ(Cells(2), "");
+    EXPECT_EQ(Cells(3), "03 02 0E 00 00 00 00 00 0F 00 00 00 00 00 00 00 04 40 \n") << slack;
+    for (const auto& [name, bof] : Sheets()) EXPECT_EQ(U16At(OpenBlock(buffer), bof), 0x0809) << name;
+    MEMORYFREE(&buffer);
+  }
+}
+
 TEST_F(SheetAppendTest, BufferWithoutBufEnd_KeepsAllItsBytes) {
   StreamBuilder book;
   book.Bof(5).Sheet("One").Eof().Bof(5, kWorksheet).Eof();

@@ -318,6 +318,21 @@ TEST_F(StagedSheetTest, Fill_GrowsByTheSlots_NominalSizeByEachGrowth) {
   Close();
 }
 
+TEST_F(StagedSheetTest, Slice_LastByteOfTheBufferStaysFree) {
+  for (const uint32_t gap : {11u, 10u}) {
+    BiffVersion = 5;
+    buffer = MEMORYALLOC(33000);
+    size = position = 33000 - gap;
+    EXPECT_EQ(CreateVariantSheet2A(&buffer, &size, &position, 1, 2, 1, 1, nullptr, nullptr), 0);
+    EXPECT_EQ(position, 33010 - gap);
+    EXPECT_EQ(MEMORYISHANDLE(buffer), gap == 11 ? 4 : 6) << "slot 5 holds the shell";
+    EXPECT_EQ(size, 33000 - gap + (gap == 11 ? 0 : 32767));
+    EXPECT_EQ(Hex(BlockContents(buffer, position)).substr(3 * (position - 10)),
+              "01 02 06 00 02 00 01 00 00 00 ");
+    MEMORYFREE(&buffer);
+  }
+}
+
 TEST_F(StagedSheetTest, SecondSheetBehindAFinishedOne) {
   Splice(8);
   CreateVariantSheet1A(&buffer, &size, 1, 1, &position);
