@@ -243,6 +243,12 @@ TEST_F(ContextProperties, ObjectOfTheFirstChart_IsNoneOfTheSecond) {
   EXPECT_EQ(Property(21), 0);
 }
 
+TEST_F(ContextProperties, KindOfTheObject_IsAByte) {
+  ChartBuilder book;
+  ReadChart(book.Worksheet().Obj(0x0105, 2, 20, 21).Open().Chart());
+  EXPECT_EQ(Property(11), 21);
+}
+
 TEST_F(ContextProperties, FieldsOfTheObject_AreSigned) {
   ChartBuilder book;
   ReadChart(book.Worksheet().Obj(5, 0x8000, 0xFFFE, 0x80FF).Open().Chart());

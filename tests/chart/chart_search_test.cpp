@@ -267,6 +267,13 @@ TEST_F(ChartSearch, LastSheetThatIsSearchedTooShort_EndsAtARecordWithoutPayload)
   EXPECT_EQ(ReadAll(1, 2), Four(9));
 }
 
+TEST_F(ChartSearch, PlainRecordOfTheSameLowByte_BeginsNoChart) {
+  ChartBuilder book = OneChart();
+  LoadChart(book.Record(0x0002, Bytes(7)).Chart().Begin().End());
+  EXPECT_EQ(ReadAll(1, 1), Four(0));
+  EXPECT_EQ(ReadAll(1, 2), Four(9));
+}
+
 TEST_F(ChartSearch, ChartsAreCountedThroughAPatch) {
   ChartBuilder book;
   Load(AddSheet(book, 1));

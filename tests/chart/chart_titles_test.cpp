@@ -111,7 +111,8 @@ TEST_F(ChartTitles, PlainRecordsOfTheSameLowBytes_AreNotTaken) {
   ChartBuilder book = Titles();
   book.Record(0x0025, Bytes(12)).Begin().ObjectLink(1).SeriesText("a").End();
   book.TextRecord(1).Begin().Record(0x0027, Bytes{1, 0}).SeriesText("b").Record(0x0026, U16(3)).End();
-  EXPECT_EQ(ReadChart(book), "(none)|(none)|(none)|901|902|903");
+  book.TextRecord(2).Begin().ObjectLink(2).Record(0x0026, U16(3)).Record(0x000D, Bytes{0, 0, 1, 'p'});
+  EXPECT_EQ(ReadChart(book.SeriesText("c").End()), "(none)|c|(none)|901|902|2");
 }
 
 TEST_F(ChartTitles, RecordBehindTheText_CountsAsItsBegin_WhateverItIs) {

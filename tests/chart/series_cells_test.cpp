@@ -310,6 +310,13 @@ TEST_F(SeriesCells, TokenOfBiff8_TakesWhatStandsBehindIt) {
   EXPECT_EQ(Items(1), (Expected{0x06030406}));
 }
 
+// Its sheets, row and column lie in the EOF behind the two ENDs, and in the header of the record behind that.
+TEST_F(SeriesCells, LastByteOfAFormula_MayBeAToken) {
+  LoadValues({0x03, 0x3A});
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(cells_.NumberAt(1, 1), 0x00000A01);
+}
+
 TEST_F(SeriesCells, TokensThatRunPastTheBlock_End) {
   LoadValues(Ref3d(0, 1, 1));
   const uint32_t extent = Stream().extent;

@@ -136,6 +136,12 @@ TEST_F(SeriesDetails, LostName_CountsAsNone) {
   }
 }
 
+TEST_F(SeriesDetails, LostName_IsKnownByItsLengthToo) {
+  ChartBuilder book = OneSeries();
+  EXPECT_EQ(ReadSeries(book.SeriesText("#REF").Low('!')), 0);
+  EXPECT_EQ(names_.TextAt(1), "#REF");
+}
+
 TEST_F(SeriesDetails, LostNameInFront_HidesANameBehindIt) {
   ChartBuilder book = OneSeries();
   EXPECT_EQ(ReadSeries(book.SeriesText("#REF!").SeriesText("good")), 0);
@@ -273,6 +279,25 @@ TEST_F(SeriesDetails, PlainRecordsOfTheSameLowBytes_AreNotTaken) {
   EXPECT_EQ(ReadSeries(book), 0);
   EXPECT_EQ(names_.TextAt(1), "unset");
   EXPECT_EQ(Numbers(references_, 1), Expected{-7});
+}
+
+// A chart has a HEADER, of CHARTFORMAT's low byte, and keeps its values as NUMBER records, of SERIES' low byte.
+TEST_F(SeriesDetails, HeadersAndCells_AreNoGroupsAndNoSeries) {
+  ChartBuilder book = OneChart();
+  book.Chart().Record(0x0014, Bytes(4)).Begin().Record(0x0203, Bytes(14)).Series(1).Begin();
+  book.SeriesText("a").Low(0x45, U16(0)).End().Low(0x14).Low(0x18).End();
+  LoadChart(book);
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(names_.TextAt(1), "a");
+  EXPECT_EQ(Numbers(groups_, 1), Expected{1});
+}
+
+TEST_F(SeriesDetails, NumberOfTheGroup_IsAWholeWord) {
+  ChartBuilder book = OneSeries();
+  book.Low(0x45, U16(0x0100)).End().Low(0x14).Low(0x18).End();
+  LoadChart(book);
+  EXPECT_EQ(Read(), 0);
+  EXPECT_EQ(Numbers(groups_, 2), (Expected{0, 1}));
 }
 
 TEST_F(SeriesDetails, RecordBehindTheSeries_CountsAsItsBegin_WhateverItIs) {

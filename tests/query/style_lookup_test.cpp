@@ -175,6 +175,15 @@ TEST_F(StyleLookup, Font_EmptyName_Matches_AndALongOneIsFoundAgain) {
   EXPECT_EQ(Font(name.c_str()), 2);
 }
 
+TEST_F(StyleLookup, Font_NamesWhoseLengthsShareALowByte_AreToldApart) {
+  const std::string name(300, 'x');
+  const std::string beginning = name.substr(0, 300 - 256);
+  LoadBook(Fonts({"A", beginning}));
+  EXPECT_EQ(Font(name.c_str()), 3);
+  EXPECT_EQ(Font(name.c_str()), 2);
+  EXPECT_EQ(Font(beginning.c_str()), 1);
+}
+
 TEST_F(StyleLookup, TextTooLongForARecord_GivesMinusFour_AndTheRecordStays) {
   LoadBook(Fonts({"A"}).Record(0x041E, FormatPayload(164, "0")).Record(0x00E0, Bytes(16)));
   const std::string longest(32767 - 19, 'x');
