@@ -315,12 +315,14 @@ TEST_F(FindCellTest, SearchStopsAtTheEndOfItsSheet) {
 
 TEST_F(FindCellTest, SearchStopsAtTheSheetsEofEvenWhenItIsNotTheLimit) {
   StreamBuilder book = StreamBuilder().Bof(6).Sheet("A").Sheet("B").Eof();
-  book.Bof(6, kWorksheet).Row(0).Number(0, 0, 15, 1.0).Eof();
-  book.Bof(6, kWorksheet).Row(1).Number(1, 3, 15, 1.0).Eof();
+  book.Bof(6, kWorksheet).Row(0).Number(0, 0, 15, 1.0);
+  const uint32_t eof = book.Here();
+  book.Eof().Bof(6, kWorksheet).Row(1).Blank(0, 4, 15).Number(1, 3, 15, 1.0).Eof();
   BiffVersion = kBiff8;
   OpenAsItIs(book);
   PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, 0x7FFFFFFF);
   EXPECT_GT(Find(1, 1), 0);
+  EXPECT_EQ(Find(1, 5), Before(eof));
   EXPECT_EQ(Find(2, 4), 0);
 }
 
