@@ -2,6 +2,7 @@
 #include "reference/compact_reference.h"
 
 #include "reference/reference_fixture.h"
+#include "support/allocation_faults.h"
 
 namespace tolvenar::testing {
 namespace {
@@ -80,6 +81,56 @@ TEST_F(CompactReferenceTest, ARecordOfANegativeLengthTakesTheWriteOffsetBack) {
   EXPECT_EQ(size_, at + 24 + 4);
   EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
             Hex(RefRecord(0xFF, at) + Bytes{0xE5, 0x10, 0xFC, 0x7F} + tail + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, WithoutMemoryForAnIndexTheEntriesAreRenewedAlike) {
+  for (const bool without_memory : {false, true}) {
+    MEMORYFREEALL();
+    Load(kNewStream);
+    ASSERT_EQ(CreateTable(1), 0);
+    ASSERT_EQ(CreateGraph(1), 0);
+    const AllocationFault fault(without_memory ? 0 : 99);
+    ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+    EXPECT_EQ(fault.fired(), without_memory);
+    EXPECT_EQ(FindRefEntry(buffer_, 1, kKindTable), 8);
+    EXPECT_EQ(FindRefEntry(buffer_, 1, kKindGraph), 26);
+  }
+}
+
+TEST_F(CompactReferenceTest, WithoutTheChartBitThereIsNoHeadNoMarkAndNoEntry) {
+  const Bytes objects = TableHead(1) + kTableEnd + GraphHead(1) + kGraphEnd;
+  const Bytes plain =
+      Bytes{0xDF, 0, 4, 0, 1, 0, 0, 0} + Bytes{0xFC, 0, 4, 0, 1, 0, 0, 0} + Bytes{0xDA, 0, 4, 0, 0, 0, 0, 0};
+  const Bytes no_entry = Bytes{0xDC, 0x00, 8, 0, 1, 0, 1, 0, 77, 0, 0, 0};
+  const uint32_t mark = 8 + 30 + 24;
+  const Bytes tail = RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + no_entry;
+  Load(RefRecord(0xFF, mark) + objects + plain + tail + Entry(1, 1, 78) + Entry(2, 1, 79) +
+       RefRecord(0xFE, 0));
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  EXPECT_EQ(Hex(BlockContents(buffer_, size_)),
+            Hex(RefRecord(0xFF, mark) + objects + plain + tail + Entry(1, 1, 8) + Entry(2, 1, 26) +
+                RefRecord(0xFE, 0) + kBufEnd));
+}
+
+TEST_F(CompactReferenceTest, ARingOfJumpsAloneIsRefused) {
+  Load(RefRecord(0xFF, 8) + Bytes{0xFF, 0xFE, 4, 0, 16, 0, 0, 0} + Bytes{0xFA, 0xFE, 4, 0, 8, 0, 0, 0});
+  const Bytes before = BlockContents(buffer_, size_);
+  EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 6);
+  EXPECT_EQ(BlockContents(buffer_, size_), before);
+}
+
+TEST_F(CompactReferenceTest, ASizeThatIsMissingOrTooLargeIsRefused) {
+  Load(kNewStream);
+  const uint32_t old = buffer_;
+  EXPECT_EQ(XLRefreshReference(&buffer_, nullptr), 6);
+  for (const uint32_t size : {105000001u, 0x80000000u, 0xFFFFFFFFu}) {
+    size_ = size;
+    EXPECT_EQ(XLRefreshReference(&buffer_, &size_), 4) << size;
+    EXPECT_EQ(size_, size);
+  }
+  EXPECT_EQ(buffer_, old);
+  EXPECT_EQ(Hex(BlockContents(buffer_, 36)), Hex(kNewStream + kBufEnd));
+  EXPECT_EQ(LiveBlocks(), 1u);
 }
 
 TEST_F(CompactReferenceTest, RetiredRecordsGo) {

@@ -334,6 +334,30 @@ TEST_F(ReferenceBindingTest, AnEmptyRangeHasNoStampAndTakesOneAtItsEnd) {
   EXPECT_EQ(Stamps("7       "), 1u);
 }
 
+TEST_F(ReferenceBindingTest, TheSearchBeginsWhereTheTableSays) {
+  LoadFormats();
+  ASSERT_EQ(Insert(7), 0);
+  PutTableEntry(Table(), kTableGlobalsBegin, 20 + 10);  // the DETOUR to the stamp
+  EXPECT_EQ(Insert(8), 0);
+  EXPECT_EQ(Stamps("8       "), 1u);
+  PutTableEntry(Table(), kTableGlobalsBegin, 20 + 10 + 12);  // the record behind it
+  ASSERT_TRUE(IsPlain(Stream(), 42, kLowBoundSheet));
+  EXPECT_EQ(Unbind(), -1);
+}
+
+TEST_F(ReferenceBindingTest, GlobalsInACircleTakeNoStamp) {
+  const std::string path = folder_.File("book.xls");
+  LoadPlain();
+  PutU32(Stream(), 20, 0x0004FEFF);
+  PutU32(Stream(), 24, 20);
+  const Bytes before = BlockContents(buffer_, size_);
+  EXPECT_EQ(Insert(7), 4);
+  EXPECT_EQ(Unbind(), -1);
+  EXPECT_EQ(BlockContents(buffer_, size_), before);
+  ASSERT_TRUE(WriteWorkbook(path, "Workbook", before));
+  EXPECT_EQ(XLGetReference(path.c_str()), 0);
+}
+
 TEST_F(ReferenceBindingTest, TheStampIsTheSameInAWorkbookOfBiff5) {
   StreamBuilder stream;
   stream.Bof(5).Record(kFormat, kCurrency).Eof();

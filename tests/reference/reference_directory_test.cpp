@@ -56,6 +56,25 @@ TEST_F(ReferenceDirectoryTest, SlackBehindTheMarkMakesTheDirectoryInvalid) {
   EXPECT_EQ(FindRefEntry(buffer_, 1, kKindTable), -1);
 }
 
+TEST_F(ReferenceDirectoryTest, WithoutTheChartBitARecordIsNoneOfTheDirectory) {
+  const Bytes no_end = {0xFE, 0x00, 4, 0, 0, 0, 0, 0};
+  const Bytes no_entry = {0xDC, 0x00, 8, 0, 1, 0, 1, 0, 77, 0, 0, 0};
+  const Bytes rest = RefRecord(0xDB, 0) + no_entry + no_end + Entry(1, 1, 8);
+  Load(RefRecord(0xFF, 8) + RefRecord(0xDA, 0) + rest + RefRecord(0xFE, 0) + Entry(1, 2, 8));
+  EXPECT_EQ(FindRefEntry(buffer_, 1, kKindTable), 8);
+  EXPECT_EQ(FindRefEntry(buffer_, 2, kKindTable), -2);  // behind the end
+  PutU8(Stream(), 9, 0x00);
+  EXPECT_EQ(FindRefEntry(buffer_, 1, kKindTable), -1);
+  PutU16(Stream(), 8, 0x10D9);
+  EXPECT_EQ(FindRefEntry(buffer_, 1, kKindTable), -1);
+}
+
+TEST_F(ReferenceDirectoryTest, AnObjectAtOffset1IsWalkedAndNotMet) {
+  Load(RefRecord(0xFF, 8) + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 1) + RefRecord(0xFE, 0));
+  EXPECT_EQ(Find(1, kKindTable).result, kRefDone);
+  EXPECT_FALSE(Find(1, kKindTable).seen);
+}
+
 TEST_F(ReferenceDirectoryTest, TheHeadersOwnTypeIsNotLookedAt) {
   PutU16(Stream(), 0, 0x1234);
   EXPECT_EQ(FindRefEntry(buffer_, 1, kKindTable), -2);
@@ -104,6 +123,8 @@ TEST_F(ReferenceDirectoryTest, NoIdIsFreeWhereAllAreTaken) {
   Load(stream + RefRecord(0xFE, 0));
   EXPECT_EQ(LowestFreeRefId(buffer_, kKindGraph), 0);
   EXPECT_EQ(LowestFreeRefId(buffer_, kKindTable), 1);
+  RetireRefEntry(buffer_, 0xFFFF, kKindGraph);
+  EXPECT_EQ(LowestFreeRefId(buffer_, kKindGraph), 0xFFFF);
 }
 
 TEST_F(ReferenceDirectoryTest, AnEntryIsFoundByIdAndWholeKindWord) {
@@ -244,6 +265,38 @@ TEST_F(ReferenceDirectoryTest, ARetiredEntryIsNotToldOfADisplacedChartEdit) {
   RetireRefEntry(buffer_, 4, EditKindWord(1));
   ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);  // the entry that is left is the one that is told
   EXPECT_EQ(U32At(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 4, EditKindWord(1)))), 0x000510FBu);
+}
+
+TEST_F(ReferenceDirectoryTest, OfTwoEntriesOfADisplacedChartEditTheFirstIsTold) {
+  ASSERT_EQ(CreateTable(1), 0);
+  for (int i = 0; i < 2; ++i) ASSERT_EQ(Create(4, EditKindWord(1), EditHead(0, 4) + kEditEnd), 0);
+  ASSERT_EQ(XLRefreshReference(&buffer_, &size_), 0);
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);
+  EXPECT_EQ(U32At(Stream(), static_cast<uint32_t>(FindRefEntry(buffer_, 4, EditKindWord(1)))), 0x000510FBu);
+}
+
+TEST_F(ReferenceDirectoryTest, ADisplacedRecordThatIsNoHeadIsToldToNobody) {
+  for (const Bytes& other : {Bytes{0xDF, 0, 4, 0, 5, 0, 0, 0}, Bytes{0xFC, 0, 4, 0, 5, 0, 0, 0},
+                             Bytes{0xFB, 0, 5, 0, 0, 5, 0, 0, 0}}) {
+    Load(RefRecord(0xFF, static_cast<uint32_t>(8 + 18 + other.size())) + TableHead(1) + kTableEnd + other +
+         RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8) + Entry(1, 5, 9999) + Entry(2, 5, 9999) +
+         Entry(3, 5, 9999) + Entry(0, 0, 9999) + RefRecord(0xFE, 0));
+    ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);
+    for (const uint16_t kind : {uint16_t{0}, kKindTable, kKindGraph, kKindEdit}) {
+      EXPECT_EQ(FindRefEntry(buffer_, kind == 0 ? 0 : 5, kind), 9999) << kind;
+    }
+    MEMORYFREE(&buffer_);
+  }
+}
+
+TEST_F(ReferenceDirectoryTest, AHeadBehindTheBufferIsNotWhatAnEntryLeadsTo) {
+  const Bytes edit = EditHead(0, 4) + kEditEnd;
+  Load(RefRecord(0xFF, 8 + 18 + 13) + TableHead(1) + kTableEnd + edit + RefRecord(0xDA, 0) +
+       RefRecord(0xDB, 0) + Entry(1, 1, 8) + Entry(3, 4, 200) + RefRecord(0xFE, 0));
+  CopyIn(Stream(), 200, edit.data(), static_cast<uint32_t>(edit.size()));
+  ASSERT_EQ(Put(1, kKindTable, Value(1, 1)), 0);
+  ASSERT_LT(size_, 200u);
+  EXPECT_NE(FindRefEntry(buffer_, 4, kKindEdit), 200);
 }
 
 TEST_F(ReferenceDirectoryTest, AnEntryThatLeadsToItsHeadByAJumpIsLeft) {

@@ -66,20 +66,38 @@ TEST_F(ReferenceFileTest, AFreedIdComesBackLast) {
 
 TEST_F(ReferenceFileTest, TheLowestFreeIdIsFoundWithoutMemoryForAllOfThem) {
   for (const bool without_memory : {false, true}) {
-    Bytes contents = RefRecord(0xFF, 70000);
-    for (uint32_t id = 70000; id >= 1; --id) {
-      const Bytes record = RefRecord(0xFD, id == 40000 ? 3 : id);
-      contents.insert(contents.end(), record.begin(), record.end());
+    for (const uint32_t free : {40000u, 0x8000u, 0x8001u}) {
+      Bytes contents = RefRecord(0xFF, 70000);
+      for (uint32_t id = 70000; id >= 1; --id) {
+        const Bytes record = RefRecord(0xFD, id == free ? 3 : id);
+        contents.insert(contents.end(), record.begin(), record.end());
+      }
+      Load(contents + RefRecord(0xFE, 0));
+      int32_t id = 0;
+      {
+        const AllocationFault fault(without_memory ? 0 : 99);
+        EXPECT_EQ(AddNewId(&buffer_, &size_, &id), 0);
+        EXPECT_EQ(fault.fired(), without_memory);
+      }
+      EXPECT_EQ(id, static_cast<int32_t>(free));
+      MEMORYFREE(&buffer_);
     }
-    Load(contents + RefRecord(0xFE, 0));
-    int32_t id = 0;
-    {
-      const AllocationFault fault(without_memory ? 0 : 99);
-      EXPECT_EQ(AddNewId(&buffer_, &size_, &id), 0);
-      EXPECT_EQ(fault.fired(), without_memory);
-    }
-    EXPECT_EQ(id, 40000);
-    MEMORYFREE(&buffer_);
+  }
+}
+
+TEST_F(ReferenceFileTest, AListThatFillsItsBlockTakesOneMoreId) {
+  Bytes contents = RefRecord(0xFF, 64);  // 256 bytes, the smallest block
+  for (uint32_t id = 1; id <= 64; ++id) contents = contents + RefRecord(0xFD, id);
+  Start(contents + RefRecord(0xFE, 0));
+  EXPECT_EQ(CreateOne(), 65);
+  contents[4] = 65;
+  EXPECT_EQ(Listed(), Hex(contents + RefRecord(0xFD, 65) + RefRecord(0xFE, 0)));
+}
+
+TEST_F(ReferenceFileTest, AnIdDirectlyBehindThoseThatAreLookedAtIsOfNoAccount) {
+  for (uint32_t id = 15; id <= 18; ++id) {  // of a directory with one id, those up to 16 are
+    Start(Contents({id}));
+    EXPECT_EQ(CreateOne(), 1) << id;
   }
 }
 

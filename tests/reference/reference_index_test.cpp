@@ -40,6 +40,14 @@ TEST_P(ReferenceIndexTest, ItemsAreCountedByKind) {
   EXPECT_EQ(XLRGetNumItems(buffer_, 257), 0);
 }
 
+TEST_P(ReferenceIndexTest, OnlyEntriesOfTheDirectoryAreCounted) {
+  const Bytes no_end = {0xFE, 0x00, 4, 0, 0, 0, 0, 0};
+  const Bytes no_entry = {0xDC, 0x00, 8, 0, 1, 0, 1, 0, 77, 0, 0, 0};
+  Load(RefRecord(0xFF, 8) + RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + no_entry + no_end + Entry(1, 1, 8) +
+       RefRecord(0xFE, 0) + Entry(1, 2, 8));
+  EXPECT_EQ(XLRGetNumItems(buffer_, 1), 1);
+}
+
 TEST_P(ReferenceIndexTest, ChartEditsAbove128AreOfNoKind3) {
   EXPECT_EQ(XLRGetNumItems(buffer_, 3), 2);
   EXPECT_EQ(XLRGetNumItems(buffer_, -253), 2);  // the signed remainder of 0x8003 and of 0xFF03

@@ -512,6 +512,41 @@ TEST_P(OddTableTest, ADamagedLengthIsReadInsideTheBlock) {
   EXPECT_EQ(TextOf(1, {1, 1, 1, 1}).size(), MEMORYALLOCSIZE(buffer_) - (8 + kTableHeadSize + kTableText));
 }
 
+TEST_P(OddTableTest, WithoutTheChartBitARecordIsNoneOfATable) {
+  const Bytes front = {0xDF, 0x00, 10, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1, 0};
+  const Bytes text = {0xD5, 0x00, 7, 0, 1, 0, 0, 0, 1, 0, 'x'};
+  const Bytes end = {0xE0, 0x00, 0, 0};
+  const Bytes table = TableHeadOf(1, 2, 3, 4, 5) + text + end + CellText(1, "abc");
+  const Bytes object = front + table + kTableEnd;
+  Load(RefRecord(0xFF, static_cast<uint32_t>(8 + object.size())) + object + RefRecord(0xDA, 0) +
+       RefRecord(0xDB, 0) + Entry(1, 1, 8) + RefRecord(0xFE, 0));
+  EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "abc");
+  EXPECT_EQ(PutText(1, {2, 1, 1, 1}, "d"), 0);
+  EXPECT_EQ(Objects(), Hex(front + table + CellText(2, "d") + kTableEnd));
+  EXPECT_EQ(XLRDeleteTable(buffer_, 1), 0);
+  EXPECT_EQ(Objects(), Hex(front));
+}
+
+TEST_P(OddTableTest, AllBitsOfACellsNumberCount) {
+  const Bytes object = TableHeadOf(1, 256, 256, 2, 1) + CellText(65537, "far") + CellText(1, "near");
+  Load(RefRecord(0xFF, static_cast<uint32_t>(8 + object.size() + 4)) + object + kTableEnd +
+       RefRecord(0xDA, 0) + RefRecord(0xDB, 0) + Entry(1, 1, 8) + RefRecord(0xFE, 0));
+  EXPECT_EQ(TextOf(1, {1, 1, 1, 1}), "near");
+  EXPECT_EQ(TextOf(1, {1, 1, 2, 1}), "far");
+}
+
+TEST_P(OddTableTest, ADeletionWithoutAnEndStopsInFrontOfRefEnd) {
+  LoadTable({});
+  PutU8(Stream(), 8 + kTableHeadSize, 0x77);
+  Bytes expected = Image();
+  for (const uint32_t at : {8u, 22u, 26u, 34u, 42u}) {  // head, the former end, mark, REFDIR, entry
+    expected[at] = kLowSlack;
+    expected[at + 1] = kPrivateHigh;
+  }
+  EXPECT_EQ(XLRDeleteTable(buffer_, 1), 0);
+  EXPECT_EQ(Hex(Image()), Hex(expected));
+}
+
 TEST_P(OddTableTest, ANegativeDimensionHasNoCell) {
   LoadTable({}, 0xFFFF);
   EXPECT_EQ(PutText(1, {1, 1, 1, 1}, "abc"), -100);
