@@ -82,12 +82,6 @@ std::vector<Call> GraphCalls();
 std::vector<Call> PoolCalls();
 const std::vector<Call>& AllCalls();
 
-// Streams of a file of references: the directory of id 1 alone, and a reference without objects.
-inline const Bytes kContents = {0xFF, 0x10, 4, 0, 1,    0,    0, 0, 0xFD, 0x10, 4, 0,
-                                1,    0,    0, 0, 0xFE, 0x10, 4, 0, 0,    0,    0, 0};
-inline const Bytes kReference = {0xFF, 0x10, 4, 0, 8, 0, 0, 0, 0xDA, 0x10, 4, 0, 0, 0, 0, 0,
-                                 0xDB, 0x10, 4, 0, 0, 0, 0, 0, 0xFE, 0x10, 4, 0, 0, 0, 0, 0};
-
 // Grounds.
 void Nothing(Ground& ground);
 // `filler` bytes of a record without meaning stand in the second sheet.

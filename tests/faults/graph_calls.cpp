@@ -10,6 +10,9 @@ namespace tolvenar::testing {
 
 namespace {
 
+const Bytes kReference = {0xFF, 0x10, 4, 0, 8, 0, 0, 0, 0xDA, 0x10, 4, 0, 0, 0, 0, 0,
+                          0xDB, 0x10, 4, 0, 0, 0, 0, 0, 0xFE, 0x10, 4, 0, 0, 0, 0, 0};
+
 // A reference with table 1 of two cells, graphs 1 and 2 and the chart edits 1 and 2.
 void OpenObjects(Ground& g) {
   g.buffer = StreamBuilder().Raw(kReference).Load(&g.size);

@@ -29,6 +29,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
+const Bytes kReference = {0xFF, 0x10, 4, 0, 8, 0, 0, 0, 0xDA, 0x10, 4, 0, 0, 0, 0, 0,
+                          0xDB, 0x10, 4, 0, 0, 0, 0, 0, 0xFE, 0x10, 4, 0, 0, 0, 0, 0};
+const Bytes kContents = {0xFF, 0x10, 4, 0, 1,    0,    0, 0, 0xFD, 0x10, 4, 0,
+                         1,    0,    0, 0, 0xFE, 0x10, 4, 0, 0,    0,    0, 0};
+
 // A file that serves every call: a workbook and a reference file in one.
 void MakeFile(const std::string& path) {
   ASSERT_TRUE(WriteWorkbook(path, "Workbook", TwoSheetBook(kBiff8).Stream()));

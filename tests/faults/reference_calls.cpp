@@ -9,6 +9,11 @@ namespace tolvenar::testing {
 
 namespace {
 
+const Bytes kReference = {0xFF, 0x10, 4, 0, 8, 0, 0, 0, 0xDA, 0x10, 4, 0, 0, 0, 0, 0,
+                          0xDB, 0x10, 4, 0, 0, 0, 0, 0, 0xFE, 0x10, 4, 0, 0, 0, 0, 0};
+const Bytes kContents = {0xFF, 0x10, 4, 0, 1,    0,    0, 0, 0xFD, 0x10, 4, 0,
+                         1,    0,    0, 0, 0xFE, 0x10, 4, 0, 0,    0,    0, 0};
+
 // A file with reference 1.
 void ReferenceFile(Ground& g) {
   ASSERT_TRUE(WriteWorkbook(g.Path(), "Contents", kContents));

@@ -43,6 +43,11 @@ constexpr int kMostCalls = 3000;
 // A large stream, which lies in sectors of its own, and small ones, which share theirs.
 constexpr uint32_t kLarge = 9000;
 
+const Bytes kReference = {0xFF, 0x10, 4, 0, 8, 0, 0, 0, 0xDA, 0x10, 4, 0, 0, 0, 0, 0,
+                          0xDB, 0x10, 4, 0, 0, 0, 0, 0, 0xFE, 0x10, 4, 0, 0, 0, 0, 0};
+const Bytes kContents = {0xFF, 0x10, 4, 0, 1,    0,    0, 0, 0xFD, 0x10, 4, 0,
+                         1,    0,    0, 0, 0xFE, 0x10, 4, 0, 0,    0,    0, 0};
+
 void NoFile(Ground&) {}
 
 void StampedBook(Ground& g) {

@@ -1,9 +1,12 @@
 """Reference files and stamps, seen by independent programs: a stamped workbook is read by one reader of workbooks, a ReferenceFile by one
-reader of compound files. Calls that are killed leave the file old or new, whole, and a full disk leaves it as it was.
+reader of compound files, and calls that are killed leave the file old or new, whole.
+
+A full disk leaves the file as it was.
 
 TOLVENAR_NEWREF is the program that makes an empty ReferenceFile.
 """
 import ctypes
+import errno
 import os
 import random
 import shutil
@@ -23,7 +26,6 @@ except ImportError as missing:
     print(f"SKIPPED: {missing}; scripts/install-packages brings it")
     sys.exit(77)
 
-import small_disk
 import tolvenar_host as host
 
 KILLS = 300
@@ -209,20 +211,49 @@ class References(unittest.TestCase):
         print(f"  {KILLS} kills; {len(numbers)} saves and {len(lists)} directories seen; in the folder: {os.listdir(folder.name)}")
 
 
-class FullDisk(small_disk.SmallDisk, unittest.TestCase):
-    """Each call is tried with ever more room: the file is what it was before a call that fails, byte for byte, and whole behind one that
-    does not.
+class FullDisk(unittest.TestCase):
+    """A small file system of its own, filled up to a number of free kilobytes. Each call is tried with ever more room: the file is what it
+    was before a call that fails, byte for byte, and whole behind one that does not.
     """
 
     def setUp(self):
         LIB.MEMORYFREEALL()
-        self.mount_disk()
+        self.mount = tempfile.mkdtemp()
+        made = self.mount_small()
+        if made.returncode != 0:
+            os.rmdir(self.mount)
+            print(f"SKIPPED here: a small file system can't be mounted ({made.stderr.strip()})")
+            self.skipTest("mount needs root")
+        self.addCleanup(self.unmount)
         self.file = os.path.join(self.mount, "store.ref")
         self.path = self.file.encode()
         new_file(self.file)
         for reference in (1, 2, 3):
             self.assertEqual(LIB.XLCreateReference(self.path), reference)
         self.assertEqual(save(self.path, 1, 1), 0)
+
+    def mount_small(self):
+        return subprocess.run(["mount", "-t", "tmpfs", "-o", "size=1m", "tmpfs", self.mount], capture_output=True, text=True)
+
+    def unmount(self):
+        subprocess.run(["umount", self.mount], check=True)
+        os.rmdir(self.mount)
+
+    def leave_free(self, kilobytes):
+        filler = os.path.join(self.mount, "filler")
+        if os.path.exists(filler):
+            os.remove(filler)
+        folder = os.open(self.mount, os.O_RDONLY)
+        os.fsync(folder)  # the blocks of the old filler are free only now
+        os.close(folder)
+        free = shutil.disk_usage(self.mount).free - kilobytes * 1024
+        try:
+            with open(filler, "wb", buffering=0) as file:
+                file.write(bytes(max(free, 0)))  # as much of it as there is room for
+                os.fsync(file.fileno())
+        except OSError as failure:
+            if failure.errno != errno.ENOSPC:
+                raise
 
     def results(self, call, good):
         """What the call says by free kilobytes, from none to more than it needs. The first failures and the last results are as told."""
@@ -260,7 +291,7 @@ class FullDisk(small_disk.SmallDisk, unittest.TestCase):
 class FullExt4(FullDisk):
     """The same on the file system of a disk, in an image."""
 
-    def mount_at(self):
+    def mount_small(self):
         image = tempfile.NamedTemporaryFile()
         self.addCleanup(image.close)
         image.truncate(2 << 20)

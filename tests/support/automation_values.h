@@ -1,9 +1,12 @@
 // Text, values and arrays for tests, released by themselves.
 #pragma once
 
-#include <string>
+#include <gtest/gtest.h>
 
-#include "support/owned_array.h"
+#include <initializer_list>
+#include <string>
+#include <vector>
+
 #include "tolvenar/automation.h"
 
 namespace tolvenar::testing {
@@ -41,7 +44,34 @@ struct Value : VARIANT {
   ~Value() { VariantClear(this); }
 };
 
-using Array = OwnedArray;
+// An array that destroys itself.
+class Array {
+ public:
+  Array(VARTYPE type, std::initializer_list<SAFEARRAYBOUND> bounds) {
+    std::vector<SAFEARRAYBOUND> all = bounds;
+    array_ = SafeArrayCreate(type, static_cast<UINT>(all.size()), all.data());
+    EXPECT_NE(array_, nullptr);
+  }
+  // One dimension of `count` elements from index 0 on.
+  Array(VARTYPE type, ULONG count) : Array(type, {{count, 0}}) {}
+  Array(const Array&) = delete;
+  Array& operator=(const Array&) = delete;
+  ~Array() { EXPECT_EQ(SafeArrayDestroy(array_), S_OK); }
+
+  operator SAFEARRAY*() const { return array_; }
+
+  // The elements as they lie in memory.
+  template <typename T>
+  T* Data() const {
+    void* data = nullptr;
+    EXPECT_EQ(SafeArrayAccessData(array_, &data), S_OK);
+    EXPECT_EQ(SafeArrayUnaccessData(array_), S_OK);
+    return static_cast<T*>(data);
+  }
+
+ private:
+  SAFEARRAY* array_ = nullptr;
+};
 
 // Text that says it is too long to be copied, to be had without the memory: copying it is what fails.
 class UncopyableText {

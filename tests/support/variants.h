@@ -1,12 +1,13 @@
 // VARIANTs of every kind for tests. Those with text own it no further than the list that made them.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <deque>
 #include <string>
 #include <vector>
 
-#include "support/owned_array.h"
 #include "tolvenar/automation.h"
 
 #if defined(__has_feature)
@@ -104,6 +105,32 @@ class Variants {
 
   std::vector<VARIANT> values_;
   std::deque<BSTR> texts_;
+};
+
+// An array that destroys itself, which it can only when no lock is left.
+class OwnedArray {
+ public:
+  OwnedArray(int vt, std::vector<SAFEARRAYBOUND> bounds)
+      : array_(SafeArrayCreate(static_cast<VARTYPE>(vt), static_cast<UINT>(bounds.size()), bounds.data())) {}
+  // One dimension of `count` elements from index 0 on.
+  OwnedArray(int vt, ULONG count) : OwnedArray(vt, std::vector<SAFEARRAYBOUND>{{count, 0}}) {}
+  OwnedArray(const OwnedArray&) = delete;
+  OwnedArray& operator=(const OwnedArray&) = delete;
+  ~OwnedArray() { EXPECT_EQ(SafeArrayDestroy(array_), S_OK); }
+
+  operator SAFEARRAY*() const { return array_; }
+
+  // The elements as they lie in memory.
+  template <typename T>
+  T* Data() const {
+    void* data = nullptr;
+    EXPECT_EQ(SafeArrayAccessData(array_, &data), S_OK);
+    EXPECT_EQ(SafeArrayUnaccessData(array_), S_OK);
+    return static_cast<T*>(data);
+  }
+
+ private:
+  SAFEARRAY* array_;
 };
 
 }  // namespace tolvenar::testing
