@@ -251,13 +251,13 @@ TEST_F(CompoundDamage, Siblings_ThatAreNoTree_AreDamage) {
 TEST_F(CompoundDamage, EntryOfAnUnknownTypeOrWithAnImpossibleName_IsDamage) {
   constexpr size_t kNameSize = 64, kType = 66;
   const CompoundImage image = Small().Build();
-  for (const uint8_t type : {0, 3, 5, 0x77}) {
+  for (const uint8_t type : Bytes{0, 3, 5, 0x77}) {
     CompoundImage damaged = image;
     damaged.bytes[image.EntryAt(kMini) + kType] = type;
     ExpectDamaged(damaged.bytes, "Workbook", "type");
   }
   for (const uint32_t entry : {0u, kWorkbook}) {
-    for (const uint8_t size : {0, 1, 3, 65, 66, 0xFE}) {
+    for (const uint8_t size : Bytes{0, 1, 3, 65, 66, 0xFE}) {
       CompoundImage damaged = image;
       damaged.bytes[image.EntryAt(entry) + kNameSize] = size;
       ExpectDamaged(damaged.bytes, "Workbook", "size of a name");
