@@ -34,22 +34,22 @@ Filled Fill(const CellTemplates& templates, uint16_t row, uint16_t column, uint1
   return {BlockBytes(templates.blank), kBlankSize};
 }
 
-// The same at `to`, where the longest cell has room: the template is only read, so that nothing waits for what was just written to it. Returns
-// the size.
+// The same at `to`, where the longest cell has room: the template is only read, so that nothing waits for what was just written to it. (A
+// handle of the host's that was no live block may have become one of the templates: the two then overlap.) Returns the size.
 uint32_t FillInPlace(const CellTemplates& templates, uint8_t* to, uint16_t row, uint16_t column, uint16_t xf,
                      const CellValue& cell) {
   if (cell.kind == CellKind::kNumber) {
-    std::memcpy(to, BlockBytes(templates.number), kNumberSize);
+    std::memmove(to, BlockBytes(templates.number), kNumberSize);
     FillNumberRecord(to, row, column, xf, cell.number);
     return kNumberSize;
   }
   if (cell.kind == CellKind::kText) {
     uint32_t size = 0;
-    std::memcpy(to, BlockBytes(templates.label), kLabelTextBiff8);
+    std::memmove(to, BlockBytes(templates.label), kLabelTextBiff8);
     FillLabelRecord({to, templates.shell.extent}, &size, row, column, xf, cell.text);
     return size;
   }
-  std::memcpy(to, BlockBytes(templates.blank), kBlankSize);
+  std::memmove(to, BlockBytes(templates.blank), kBlankSize);
   FillBlankRecord(to, row, column, xf);
   return kBlankSize;
 }

@@ -268,6 +268,13 @@ TEST_F(CompoundDamage, EntryOfAnUnknownTypeOrWithAnImpossibleName_IsDamage) {
   EXPECT_EQ(Read(nameless.bytes, "Workbook"), S_OK);
 }
 
+TEST_F(CompoundDamage, ListOfTheTableThatEndsBeforeItsCount_IsRead) {
+  constexpr size_t kTableSectors = 44;
+  CompoundImage image = Small().Build();
+  image.PutU32(kTableSectors, 2);
+  EXPECT_EQ(Read(image.bytes, "Workbook"), S_OK);
+}
+
 TEST_F(CompoundDamage, ChildOfAStream_IsNobodysBusiness) {
   CompoundImage image = Small().Build();
   image.PutU32(image.EntryAt(kWorkbook) + kChild, kWorkbook);

@@ -404,5 +404,22 @@ TEST_F(StagedSheetTest, NullPointers) {
   EXPECT_EQ(LiveBlocks(), 0u);
 }
 
+// A template may be given the slot that a handle of the host's still names, and a cell then goes over the template that it is made of.
+TEST_F(StagedSheetTest, HandleOfAReleasedBuffer_IsSafeThoughATemplateTakesItsSlot) {
+  for (const int32_t small : {256, 512, 1024}) MEMORYALLOC(small);
+  for (const VARTYPE type : {VT_EMPTY, VT_R8, VT_NULL}) {
+    for (uint32_t position = 0; position < 16; ++position) {
+      buffer = MEMORYALLOC(2000);
+      uint32_t released = buffer;
+      MEMORYFREE(&released);
+      uint32_t at = position;
+      VARIANT cell = {};
+      cell.vt = type;
+      CreateVariantSheet2A(&buffer, &size, &at, 0, 0, 1, 1, &cell, nullptr);
+      EXPECT_EQ(LiveBlocks(), 3u);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tolvenar::testing
