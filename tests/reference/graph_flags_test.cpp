@@ -130,7 +130,9 @@ TEST_P(GraphFlagsTest, TheMostFlags_AreStoredAndComeBack) {
   std::string flags(32767, '0');
   for (size_t i = 0; i < flags.size(); i += 3) flags[i] = '1';
   EXPECT_EQ(Save(flags), 0);
-  EXPECT_EQ(Content().size(), 4095u + 8);
+  const Bytes content = Content();
+  ASSERT_EQ(content.size(), 4095u + 8);
+  EXPECT_EQ(Hex(Bytes(content.begin(), content.begin() + 7)), Hex({0xD7, 0x10, 0x03, 0x10, 1, 0xFF, 0x7F}));
   Compact();
   EXPECT_EQ(FlagsOf(32767), flags);
 }
