@@ -408,14 +408,14 @@ TEST_F(StagedSheetTest, NullPointers) {
 TEST_F(StagedSheetTest, HandleOfAReleasedBuffer_IsSafeThoughATemplateTakesItsSlot) {
   for (const int32_t small : {256, 512, 1024}) MEMORYALLOC(small);
   for (const VARTYPE type : {VT_EMPTY, VT_R8, VT_NULL}) {
-    for (uint32_t position = 0; position < 16; ++position) {
+    for (uint32_t begin = 0; begin < 16; ++begin) {
       buffer = MEMORYALLOC(2000);
       uint32_t released = buffer;
       MEMORYFREE(&released);
-      uint32_t at = position;
+      position = begin;
       VARIANT cell = {};
       cell.vt = type;
-      CreateVariantSheet2A(&buffer, &size, &at, 0, 0, 1, 1, &cell, nullptr);
+      CreateVariantSheet2A(&buffer, &size, &position, 0, 0, 1, 1, &cell, nullptr);
       EXPECT_EQ(LiveBlocks(), 3u);
     }
   }
