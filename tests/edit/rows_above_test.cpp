@@ -261,6 +261,16 @@ TEST_F(RowsAboveTest, SheetThatEndsInARowAlike_IsSearchedToItsEnd) {
   }
 }
 
+TEST_F(RowsAboveTest, BufEndBelowTheRowsAbove_EndsTheSearch) {
+  StreamBuilder book = Sheet(6).Row(0).Number(0, 0, 15, 1).Record(0x0042);
+  const uint32_t middle = book.Last();
+  OpenWide(book.Row(5).Number(5, 0, 15, 2));
+  EXPECT_GT(FindCell(buffer_, table_, 1, 6, 1), 0);
+  const Bytes end = StreamBuilder().BufEnd().Stream();
+  CopyIn(OpenBlock(buffer_), middle, end.data(), kBufEndSize);
+  EXPECT_EQ(FindCell(buffer_, table_, 1, 6, 1), 0);
+}
+
 TEST_F(RowsAboveTest, RowsOfMoreRecordsThanAreLearned_AreSearchedAsRecordByRecord) {
   StreamBuilder book = Sheet(6);
   for (uint16_t row = 0; row < 30; ++row) book.Row(row);
