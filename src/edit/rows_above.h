@@ -1,46 +1,26 @@
 // The quick part of a search for a cell: over the rows above the wanted one.
 #pragma once
 
-#include <array>
 #include <cstdint>
 
-#include "foundation/record_stream.h"
+#include "edit/row_layouts.h"
 
 namespace tolvenar {
-
-// The layout of a row, as it has been learned.
-struct RowLayout {
-  struct Expected {
-    uint64_t key;       // what the record begins with, without its row
-    uint32_t offset;    // from the row's first record
-    uint32_t lastCell;  // offset of the last cell among the records up to this one; kNoneYet: there is none
-  };
-  static constexpr uint32_t kMostRecords = 256;  // of a longer row the first ones
-
-  uint32_t count = 0;
-  uint32_t span = 0;  // bytes of these records
-  std::array<Expected, kMostRecords> records;
-};
-
-constexpr uint32_t kNoneYet = UINT32_MAX;
-constexpr uint32_t kNotLearning = UINT32_MAX;
 
 // A search that passes rows, and what it knows of them. It lives as long as the search, since records in between do not change how the
 // next row is laid out.
 struct RowsAbove {
-  enum class Place : uint8_t { kElsewhere, kNextRow, kRowRecord };
+  enum class Place : uint8_t { kElsewhere, kNextRow, kOnTheWay };
 
   uint32_t end = 0;    // of the sheet
   int16_t wanted = 0;  // row, 0-based and signed
   // Of the passing itself:
   Place place = Place::kElsewhere;  // where it stands, for the choice of the way on
   int32_t row = INT32_MIN;          // of the record passed last
-  uint32_t learned = kNotLearning;  // records of this row that are in the layout
-  uint32_t reached = 0;             // their bytes
   uint32_t misses = 0;              // rows in a row that were not as expected
   uint32_t pause = 0;               // bytes of the last stretch without expectations
   uint32_t pausedUntil = 0;         // where it ends
-  RowLayout layout;
+  RowLayouts layouts;
 };
 
 // Goes on over what says nothing about a cell in the wanted row: cells of rows above it, ROWs of other rows, whatever is neither, and all

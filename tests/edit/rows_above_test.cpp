@@ -191,6 +191,30 @@ TEST_F(RowsAboveTest, OddRowsInBetween_AreSearchedAsRecordByRecord) {
   }
 }
 
+// Now one layout, now the other, in no order: of equal length or not, the one the beginning of the other or not.
+TEST_F(RowsAboveTest, RowsOfTwoKinds_AreSearchedAsRecordByRecord) {
+  for (uint32_t one = 1; one < 12; ++one) {
+    for (uint32_t other = one + 1; other < 14; ++other) {
+      StreamBuilder book = Sheet(6);
+      for (uint16_t row = 0; row < 120; ++row) book.Row(row);
+      for (uint16_t row = 0; row < 120; ++row) AddCells(&book, row, Random(3) == 0 ? one : other);
+      OpenWide(std::move(book));
+      ExpectTheSameAllOver(120);
+      CloseBook();
+    }
+  }
+}
+
+TEST_F(RowsAboveTest, RowsWithASignBit_AreSearchedAsRecordByRecord) {
+  StreamBuilder book = Sheet(6);
+  for (uint16_t row = 0; row < 10; ++row) book.Row(row);
+  for (const uint16_t row :
+       std::initializer_list<uint16_t>{0, 1, 2, 3, 0x8000, 0x8001, 0x8002, 4, 5, 0xFFFF, 6, 7})
+    book.Number(row, 0, 15, 1).Rk(row, 1, 15, 4);
+  OpenWide(book);
+  for (int16_t row = -3; row < 12; ++row) ExpectTheSameFor(row, 2);
+}
+
 TEST_F(RowsAboveTest, PatchedRows_AreSearchedAsRecordByRecord) {
   OpenWide(AlikeRows(300, 32, 9, 30));
   const Bytes blank = StreamBuilder().Blank(7, 90, 15).Stream();
@@ -257,6 +281,18 @@ TEST_F(RowsAboveTest, SheetThatEndsInARowAlike_IsSearchedToItsEnd) {
   const uint32_t row_size = 18 + 14 + 18;
   for (uint32_t cut = 1; cut < 3 * row_size; ++cut) {
     PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, extent.end - cut);
+    ExpectTheSameFor(20, 1);
+  }
+}
+
+TEST_F(RowsAboveTest, SheetThatEndsBetweenTwoRows_IsSearchedToItsEnd) {
+  StreamBuilder book = Sheet(6);
+  for (uint16_t row = 0; row < 20; ++row) book.Row(row);
+  for (uint16_t row = 0; row < 6; ++row) book.Number(row, 0, 15, 1).Rk(row, 1, 15, 4).Number(row, 2, 15, 2);
+  const uint32_t behind_alike = book.Here();
+  OpenWide(book.Number(6, 0, 15, 1).Rk(6, 1, 15, 4).Rk(6, 2, 15, 4).Number(7, 0, 15, 1));
+  for (uint32_t entry = behind_alike; entry <= behind_alike + kEofSize; ++entry) {
+    PutTableEntry(OpenBlock(table_), kTableFirstSheet + 1, entry);
     ExpectTheSameFor(20, 1);
   }
 }
