@@ -114,6 +114,23 @@ void CopyIn(const Block& block, uint32_t at, const uint8_t* from, uint32_t n) {
   if (inside != 0) std::memmove(block.base + at, from, inside);
 }
 
+void PassSame(Walk* walk, uint32_t bound) {
+  constexpr uint32_t kAtOnce = 8;
+  const uint8_t* first = At(walk->block, walk->at, kHeaderSize);
+  if (first == nullptr || walk->at >= bound) return;
+  const uint32_t header = ReadU32(first);
+  const uint32_t stride = kHeaderSize + ReadU16(first + kRecordLength);
+  const uint32_t inside = (std::min(bound, walk->block.extent) - walk->at) / stride;
+  const uint32_t most = std::min(inside, walk->lapLeft - 1);
+  uint32_t count = 0;
+  uint32_t differences = 0;
+  while (differences == 0 && count + kAtOnce <= most) {
+    for (uint32_t i = 0; i < kAtOnce; ++i) differences |= ReadU32(first + (count + i) * stride) ^ header;
+    if (differences == 0) count += kAtOnce;
+  }
+  GoOver(walk, count * stride, count);
+}
+
 int32_t IsFollowedBy10DB(uint32_t buffer, uint32_t at) {
   Walk walk = StartWalk(OpenBlock(buffer), at);
   Step(&walk);

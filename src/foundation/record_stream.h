@@ -261,6 +261,28 @@ inline void PassOver(Walk* walk, uint32_t bound, Skips skips) {
   walk->lastLength = last_length;
 }
 
+// From the record that the walk is at over it and those behind it that are of its type and length, as a column of numbers is; up to `bound`,
+// and perhaps not over the last ones. It is none of the private records.
+void PassSame(Walk* walk, uint32_t bound);
+
+// As PassOver, for a walker to whom records of one type and length are all the same: `skips` is asked about some of them. Where many follow
+// each other, several are looked at at once, as none has to be waited for to know where the next one is.
+template <typename Skips>
+inline void PassOverAlike(Walk* walk, uint32_t bound, Skips skips) {
+  constexpr uint32_t kManyAlike = 8;
+  uint32_t alike = 0;
+  do {
+    uint32_t header = 0;
+    alike = 0;
+    PassOver(walk, bound, [&header, &alike, skips](const uint8_t* record) {
+      alike = ReadU32(record) == header ? alike + 1 : 0;
+      header = ReadU32(record);
+      return alike < kManyAlike && skips(record);
+    });
+    if (alike == kManyAlike) PassSame(walk, bound);
+  } while (alike == kManyAlike);
+}
+
 // 1 when the record after the one at `at`, past any DETOUR and RESUME, has the low byte 0xDB and the chart bit set; else 0. A SLACK in
 // that place is not passed over: the answer is then 0.
 int32_t IsFollowedBy10DB(uint32_t buffer, uint32_t at);

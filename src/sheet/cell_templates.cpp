@@ -34,22 +34,30 @@ Filled Fill(const CellTemplates& templates, uint16_t row, uint16_t column, uint1
   return {BlockBytes(templates.blank), kBlankSize};
 }
 
-// The same at `to`, where the longest cell has room: the template is only read, so that nothing waits for what was just written to it. (A
-// handle of the host's that was no live block may have become one of the templates: the two then overlap.) Returns the size.
+// The first kSize bytes of a template. It may overlap its cell: a handle of the host's that was no live block may have become the template.
+template <size_t kSize>
+void CopyTemplate(uint8_t* to, uint32_t block) {
+  uint8_t bytes[kSize];
+  std::memcpy(bytes, BlockBytes(block), kSize);
+  std::memcpy(to, bytes, kSize);
+}
+
+// The same at `to`, where the longest cell has room: the template is only read, so that nothing waits for what was just written to it.
+// Returns the size.
 uint32_t FillInPlace(const CellTemplates& templates, uint8_t* to, uint16_t row, uint16_t column, uint16_t xf,
                      const CellValue& cell) {
   if (cell.kind == CellKind::kNumber) {
-    std::memmove(to, BlockBytes(templates.number), kNumberSize);
+    CopyTemplate<kNumberSize>(to, templates.number);
     FillNumberRecord(to, row, column, xf, cell.number);
     return kNumberSize;
   }
   if (cell.kind == CellKind::kText) {
     uint32_t size = 0;
-    std::memmove(to, BlockBytes(templates.label), kLabelTextBiff8);
+    CopyTemplate<kLabelTextBiff8>(to, templates.label);
     FillLabelRecord({to, templates.shell.extent}, &size, row, column, xf, cell.text);
     return size;
   }
-  std::memmove(to, BlockBytes(templates.blank), kBlankSize);
+  CopyTemplate<kBlankSize>(to, templates.blank);
   FillBlankRecord(to, row, column, xf);
   return kBlankSize;
 }

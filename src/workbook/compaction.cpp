@@ -77,44 +77,13 @@ inline bool IsOrdinary(const uint8_t* record) {
   return low != kLowBof && low != kLowEof && ReadI16(record + kRecordLength) >= 0;
 }
 
-// From an ordinary record: over it and those behind it that are of its type and length, as a column of numbers is; up to `bound`. Several
-// of them are looked at at once, as none has to be waited for to know where the next one is.
-void PassSame(Walk* walk, uint32_t bound) {
-  constexpr uint32_t kAtOnce = 8;
-  const uint8_t* first = At(walk->block, walk->at, kHeaderSize);
-  if (first == nullptr || walk->at >= bound) return;
-  const uint32_t header = ReadU32(first);
-  const uint32_t stride = kHeaderSize + ReadU16(first + kRecordLength);
-  const uint32_t inside = (std::min(bound, walk->block.extent) - walk->at) / stride;
-  const uint32_t most = std::min(inside, walk->lapLeft - 1);
-  uint32_t count = 0;
-  uint32_t differences = 0;
-  while (differences == 0 && count + kAtOnce <= most) {
-    for (uint32_t i = 0; i < kAtOnce; ++i) differences |= ReadU32(first + (count + i) * stride) ^ header;
-    if (differences == 0) count += kAtOnce;
-  }
-  GoOver(walk, count * stride, count);
-}
-
 // Goes on over ordinary records, which lie side by side, and keeps them all at once: up to `limit`, as far as one run may grow, and only
 // where there is room for a whole one. False when the walk has not moved.
 bool KeepOrdinary(RunCopier* copier, Walk* walk, uint32_t limit) {
   constexpr uint32_t kMost = kLongestRun + kHeaderSize + INT16_MAX;
-  constexpr uint32_t kManyAlike = 8;
   if (copier->to.extent - static_cast<uint32_t>(copier->written) < kMost) return false;
   const uint32_t begin = walk->at;
-  const uint32_t bound = std::min(limit, begin + kLongestRun);
-  uint32_t alike = 0;
-  do {
-    uint32_t header = 0;
-    alike = 0;
-    PassOver(walk, bound, [&header, &alike](const uint8_t* record) {
-      alike = ReadU32(record) == header ? alike + 1 : 0;
-      header = ReadU32(record);
-      return alike < kManyAlike && IsOrdinary(record);
-    });
-    if (alike == kManyAlike) PassSame(walk, bound);
-  } while (alike == kManyAlike);
+  PassOverAlike(walk, std::min(limit, begin + kLongestRun), IsOrdinary);
   if (walk->at == begin) return false;
   Keep(copier, begin, static_cast<int32_t>(walk->at - begin));
   return true;

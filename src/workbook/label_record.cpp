@@ -31,6 +31,28 @@ uint32_t WideLength(const OLECHAR* text, uint32_t most) {
   return length;
 }
 
+// Narrows one character more of `text`; false at its zero.
+inline bool NarrowNext(uint8_t* to, const OLECHAR* text, uint32_t* characters) {
+  const OLECHAR character = text[*characters];
+  if (character == 0) return false;
+  to[(*characters)++] = static_cast<uint8_t>(character);
+  return true;
+}
+
+// Narrows the text up to its zero, at most `room` characters, to `to`; how many. In one pass, and character by character, since nothing behind
+// the zero may be read; in steps of eight, within which only the zero is looked for.
+uint32_t NarrowText(uint8_t* to, uint32_t room, const OLECHAR* text) {
+  constexpr uint32_t kStep = 8;
+  uint32_t done = 0;
+  for (; room - done >= kStep; done += kStep) {
+    uint32_t characters = 0;
+    while (characters < kStep && NarrowNext(to + done, text + done, &characters)) continue;
+    if (characters < kStep) return done + characters;
+  }
+  while (done < room && NarrowNext(to, text, &done)) continue;
+  return done;
+}
+
 void PutCell(const Block& label, uint16_t row, uint16_t column, uint16_t xf, uint32_t characters) {
   PutU16(label, kCellRow, row);
   PutU16(label, kCellColumn, column);
@@ -102,11 +124,7 @@ void FillLabelRecord(const Block& shell, uint32_t* size, uint16_t row, uint16_t 
   if (text == nullptr) text = kOneBlank;
   const uint32_t text_at = TextAt();
   const uint32_t room = shell.extent > text_at ? shell.extent - text_at : 0;
-  // In one pass, and byte by byte until the zero: most texts of cells are short.
-  uint8_t* to = At(shell, text_at, room);
-  uint32_t characters = 0;
-  for (; characters < room && text[characters] != 0; ++characters)
-    to[characters] = static_cast<uint8_t>(text[characters]);
+  const uint32_t characters = NarrowText(At(shell, text_at, room), room, text);
   PutU16(shell, kRecordLength, static_cast<uint16_t>(text_at + characters - kHeaderSize));
   PutCell(shell, row, column, xf, characters);
   *size = text_at + characters;

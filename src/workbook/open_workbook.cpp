@@ -83,7 +83,7 @@ bool FindCut(const Block& block, uint32_t size, uint32_t* cut) {
   const uint32_t limit = size - (kBufEndSize + 1);
   int32_t depth = 0;
   for (Walk walk = StartWalk(block, 0); walk.at < limit && !walk.ended; Step(&walk)) {
-    PassOver(&walk, limit, IsInsideSubstream);
+    PassOverAlike(&walk, limit, IsInsideSubstream);
     if (walk.at >= limit || walk.ended) break;
     if (IsPlain(block, walk.at, kLowBof)) ++depth;
     if (!IsPlain(block, walk.at, kLowEof)) continue;

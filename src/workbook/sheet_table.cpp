@@ -36,7 +36,7 @@ uint32_t FindClosingEof(const Block& block, uint32_t bof, uint32_t limit) {
   Walk walk = StartWalk(block, bof);
   int32_t depth = 1;
   for (Step(&walk); walk.at < limit && !walk.ended; Step(&walk)) {
-    PassOver(&walk, limit, IsInsideSubstream);
+    PassOverAlike(&walk, limit, IsInsideSubstream);
     if (walk.at >= limit || walk.ended) break;
     if (IsPlain(block, walk.at, kLowBof)) ++depth;
     if (IsPlain(block, walk.at, kLowEof)) --depth;
