@@ -39,7 +39,12 @@ bool HasCell(const RowLayout& layout) {
   return layout.records[layout.count - 1].lastCell != kNoCellYet;
 }
 
-// Of two layouts either both have a cell or none has: the last cell of some rows is then in the last one of them.
+// May the two be expected side by side? Rows of either cost as much as those of the longer one.
+bool GoTogether(const RowLayout& a, const RowLayout& b) {
+  return HasCell(a) == HasCell(b) && std::max(a.count, b.count) <= 2 * std::min(a.count, b.count);
+}
+
+// Of the two layouts either both have a cell or none has: the last cell of some rows is then in the last one of them.
 void Expect(RowLayouts* layouts, uint32_t plain, uint32_t forked, uint32_t fork) {
   RowLayout& without = layouts->places[plain];
   RowLayout& with = layouts->places[forked];
@@ -126,7 +131,7 @@ void ExpectDraft(RowLayouts* layouts) {
   const RowLayout& other = layouts->places[kept];
   if (!layouts->learning || draft.count == 0) return;
   const uint32_t fork = CountInCommon(draft, other);
-  if (made == kept || HasCell(draft) != HasCell(other)) {
+  if (made == kept || !GoTogether(draft, other)) {
     Expect(layouts, made, made, 0);
   } else if (fork < draft.count) {
     Expect(layouts, kept, made, fork);

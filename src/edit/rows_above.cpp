@@ -40,11 +40,11 @@ bool StandsAtPrivate(const Walk& walk, uint32_t end) {
 }
 
 // How many times `bytes` bytes with `records` records can be passed at once from where the walk is: in the block, up to the sheet's end,
-// within the walk's lap. The walk stands at a record of which kPassOverSees bytes are in the block, and not at the end.
+// as far as GoOver goes. The walk stands at a record of which kPassOverSees bytes are in the block, and not at the end.
 uint32_t TimesAtOnce(const Walk& walk, uint32_t end, uint32_t bytes, uint32_t records) {
   const uint32_t inside = (walk.block.extent - kPassOverSees - walk.at) / bytes;
   const uint32_t before_end = walk.at < end ? (end - walk.at) / bytes : UINT32_MAX;
-  return std::min({inside, before_end, (walk.lapLeft - 1) / records});
+  return std::min({inside, before_end, TimesToGoOver(walk, bytes, records)});
 }
 
 // The wanted row as rows are compared with it: those with the sign bit are never passed at once.

@@ -16,7 +16,7 @@ struct RowsAbove {
   int16_t wanted = 0;  // row, 0-based and signed
   // Of the passing itself:
   Place place = Place::kElsewhere;  // where it stands, for the choice of the way on
-  int32_t row = INT32_MIN;          // of the record passed last
+  int32_t row = INT32_MIN;          // that is being passed
   uint32_t misses = 0;              // rows in a row that were not as expected
   uint32_t pause = 0;               // bytes of the last stretch without expectations
   uint32_t pausedUntil = 0;         // where it ends

@@ -121,7 +121,7 @@ void PassSame(Walk* walk, uint32_t bound) {
   const uint32_t header = ReadU32(first);
   const uint32_t stride = kHeaderSize + ReadU16(first + kRecordLength);
   const uint32_t inside = (std::min(bound, walk->block.extent) - walk->at) / stride;
-  const uint32_t most = std::min(inside, walk->lapLeft - 1);
+  const uint32_t most = std::min(inside, TimesToGoOver(*walk, stride, 1));
   uint32_t count = 0;
   uint32_t differences = 0;
   while (differences == 0 && count + kAtOnce <= most) {

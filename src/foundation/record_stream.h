@@ -213,6 +213,13 @@ inline void Step(Walk* walk) {
   CountStep(walk);
 }
 
+// How many times GoOver goes over `bytes` bytes with `records` records: what is looked at beyond that would be looked at in vain.
+inline uint32_t TimesToGoOver(const Walk& walk, uint32_t bytes, uint32_t records) {
+  const uint32_t before_mark = walk.marked > walk.at ? (walk.marked - walk.at - 1) / bytes : UINT32_MAX;
+  const uint32_t in_lap = walk.lapLeft == 0 ? 0 : (walk.lapLeft - 1) / records;
+  return before_mark < in_lap ? before_mark : in_lap;
+}
+
 // Goes over `records` records of together `bytes` bytes, which the caller knows to follow each other and to be no jumps, as so many steps
 // would. False, with nothing done, when one of these steps would have had more to do than to go on.
 inline bool GoOver(Walk* walk, uint32_t bytes, uint32_t records) {

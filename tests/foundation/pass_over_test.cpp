@@ -72,29 +72,58 @@ TEST_F(PassOverTest, OfAWalkThatHasEndedDoesNothing) {
   EXPECT_EQ(walk.at, 4u);
 }
 
-// The offsets and the end of a walk by steps, and of one that passes over some of its records.
-TEST_F(PassOverTest, AnyBytes_AreWalkedAsBySteps) {
+// Walks over any bytes by steps, and by steps and `pass` by turns: both come by the same offsets and end in the same way. In some of the
+// streams long stretches are alike.
+template <typename Pass>
+void ExpectTheSameWalks(uint32_t size, uint32_t odd, int turns, Pass pass) {
   std::mt19937 source(7);
   const auto random = [&source] { return static_cast<uint32_t>(source()); };
-  const uint32_t handle = MEMORYALLOC(512);
+  const uint32_t handle = MEMORYALLOC(static_cast<int32_t>(size));
   const Block block = OpenBlock(handle);
-  for (int turn = 0; turn < 3000; ++turn) {
+  for (int turn = 0; turn < turns; ++turn) {
     for (uint32_t at = 0; at < block.extent; at += 4) {
       const uint32_t word =
-          (random() % 9 == 0 ? random() : kSkipped) & (random() % 3 != 0 ? 0xFFFFu : 0x1FFFFFu);
-      PutU32(block, at, random() % 40 == 0 ? 0x0004FEFFu : word);
+          (random() % odd == 0 ? random() : kSkipped) & (random() % 3 != 0 ? 0xFFFFu : 0x1FFFFFu);
+      PutU32(block, at, random() % (odd * 4) == 0 ? 0x0004FEFFu : word);
     }
     Walk steps = StartWalk(block, 0);
     Walk passes = StartWalk(block, 0);
     while (!steps.ended && !passes.ended) {
-      PassOver(&passes, 400, Skips);
+      pass(&passes, size - 100);
       while (!steps.ended && steps.at != passes.at) Step(&steps);
       ASSERT_EQ(steps.at, passes.at);
       ASSERT_EQ(steps.ended, passes.ended);
+      ASSERT_EQ(steps.lapLeft, passes.lapLeft);
+      ASSERT_EQ(steps.marked, passes.marked);
       Step(&steps);
       Step(&passes);
     }
     ASSERT_EQ(steps.ended, passes.ended);
+  }
+}
+
+TEST_F(PassOverTest, AnyBytes_AreWalkedAsBySteps) {
+  const auto pass = [](Walk* walk, uint32_t bound) { PassOver(walk, bound, Skips); };
+  ExpectTheSameWalks(512, 9, 2000, pass);
+  ExpectTheSameWalks(2048, 200, 200, pass);
+}
+
+TEST_F(PassOverTest, AnyBytes_AreWalkedAsByStepsAlsoWhereManyAreAlike) {
+  const auto pass = [](Walk* walk, uint32_t bound) { PassOverAlike(walk, bound, Skips); };
+  ExpectTheSameWalks(512, 9, 2000, pass);
+  ExpectTheSameWalks(2048, 200, 200, pass);
+}
+
+// A hundred records alike: no step but those that PassOver makes to see that they are, and those of the last few.
+TEST_F(PassOverTest, RecordsAlike_ArePassedUpToTheFirstOther) {
+  StreamBuilder stream;
+  for (int i = 0; i < 100; ++i) stream.Record(kSkipped, Bytes(6));
+  uint32_t size = 0;
+  const Block block = OpenBlock(stream.Record(0x04).BufEnd().Load(&size));
+  for (const uint32_t bound : {1000u, 995u, 991u, 2000u}) {
+    Walk walk = StartWalk(block, 0);
+    PassOverAlike(&walk, bound, Skips);
+    EXPECT_EQ(walk.at, 1000u);
   }
 }
 

@@ -100,6 +100,34 @@ HostileStream DetourCircle(size_t bytes) {
   return stream;
 }
 
+// A walk of the sheet that comes, when it sets its mark for a lap of many steps, to the end of as many records alike, and is led back to their
+// beginning: all the way over them the mark lies ahead.
+HostileStream MarkBehind(size_t bytes, uint16_t alike) {
+  constexpr uint32_t kEmptyRecord = 4;
+  Frame frame;
+  frame.StartSheet();
+  uint32_t lap = 4;
+  while (size_t{lap} * 4 * kEmptyRecord <= bytes) lap *= 2;
+  for (uint32_t step = 2; step < lap - 2; ++step) AddRecord(&frame.bytes, 0x0044);
+  const uint32_t first = Here(frame.bytes) + kJump;
+  const uint32_t mark = first + (lap - 16) * kEmptyRecord;
+  AddDetour(&frame.bytes, mark);
+  while (Here(frame.bytes) < mark) AddRecord(&frame.bytes, alike);
+  AddRecord(&frame.bytes, 0x00D7, U32(first));
+  HostileStream stream = frame.End();
+  stream.late_at = mark;
+  stream.late_value = 0x0004FEFA;  // the record becomes a RESUME
+  return stream;
+}
+
+HostileStream MarkBehindRows(size_t bytes) {
+  return MarkBehind(bytes, 0x0208);
+}
+
+HostileStream MarkBehindEmptyRecords(size_t bytes) {
+  return MarkBehind(bytes, 0x0042);
+}
+
 // 30000 strings and cells that all hold the last one.
 HostileStream LastSharedString(size_t bytes) {
   constexpr uint16_t kStrings = 30000;
@@ -243,6 +271,8 @@ std::vector<HostileShape> HostileWorkbooks() {
           {"EmptyRecordsInGlobals", EmptyRecordsInGlobals},
           {"Detours", Detours},
           {"DetourCircle", DetourCircle},
+          {"MarkBehindRows", MarkBehindRows},
+          {"MarkBehindEmptyRecords", MarkBehindEmptyRecords},
           {"LastSharedString", LastSharedString},
           {"NestedSubstreams", NestedSubstreams},
           {"ManySheets", ManySheets},
