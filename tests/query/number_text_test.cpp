@@ -56,6 +56,10 @@ TEST(NumberText, EdgesOfTheShortWays) {
     ExpectAround(value);
 }
 
+TEST(NumberText, EdgesOfTheDigits) {
+  for (double ten = 1; ten < 1e18; ten *= 10) ExpectAround(ten);
+}
+
 TEST(NumberText, NotNumbers) {
   EXPECT_EQ(TextOf(std::numeric_limits<double>::infinity()), "inf");
   EXPECT_EQ(TextOf(-std::numeric_limits<double>::infinity()), "-inf");
