@@ -39,9 +39,8 @@ struct RowLayouts {
   uint32_t plain = 0;       // place of the other; the same until a second one has been met
   uint32_t forkOffset = 0;  // of that record
   uint32_t forkHeader = 0;
-  uint32_t count =
-      0;  // records of the one that has more, up to a whole number of those compared at once; 0: nothing is expected
-  uint32_t span = 0;  // bytes of the longer one
+  uint32_t count = 0;  // records that are compared of either, some twice; 0: nothing is expected
+  uint32_t span = 0;   // bytes of the longer one
 };
 
 // Begins a draft with the first `count` records of the layout that a row had last, which has more of them when it is not 0.
